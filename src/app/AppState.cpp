@@ -1,0 +1,61 @@
+#include "app/AppState.h"
+
+#include "app/UserDefaults.h"
+#include "common/StoragePaths.h"
+#include "privacy/KnownApps.h"
+
+#include <QDir>
+#include <QSettings>
+
+namespace {
+
+// Runs off the main thread. Extensions and login items are counted once their scanners exist.
+SidebarCounts::Counts countSections(const QString& home)
+{
+    SidebarCounts::Counts counts;
+    counts.insert(Destination::browsers, countPresent(knownBrowsers(), home));
+    counts.insert(Destination::chats, countPresent(knownChatApps(), home));
+    return counts;
+}
+
+} // namespace
+
+AppState::AppState()
+    : m_audit(StoragePaths::dataFolder())
+{
+    const QSettings defaults;
+    const QString startPage = defaults.value(DefaultsKey::debugStartPage).toString();
+    m_selection = Destinations::parse(startPage).value_or(Destination::dashboard);
+}
+
+AppState::~AppState() = default;
+
+void AppState::select(Destination destination)
+{
+    if (destination == m_selection)
+        return;
+    m_selection = destination;
+    Q_EMIT selectionChanged(destination);
+}
+
+void AppState::navigate(Destination destination)
+{
+    ++m_navigationTick;
+    Q_EMIT navigationTickChanged(m_navigationTick);
+    select(destination);
+}
+
+void AppState::refreshCounts()
+{
+    if (m_countsTask)
+        return;
+    m_countsTask = std::make_unique<std::jthread>([this, home = QDir::homePath()] {
+        SidebarCounts::Counts counts = countSections(home);
+        QMetaObject::invokeMethod(this, [this, counts = std::move(counts)]() mutable {
+            m_counts.setCounts(std::move(counts));
+            m_countsTask->join();
+            m_countsTask.reset();
+            Q_EMIT countsRefreshed();
+        }, Qt::QueuedConnection);
+    });
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+// The user-defaults keys, stored with QSettings in ~/.config/Velloru/Velloru.conf. Keys beginning with
+// "debug" are developer switches and never appear in the settings window.
+namespace DefaultsKey {
+
+inline const QString onboardingComplete = QStringLiteral("onboardingComplete");
+inline const QString permissionsEverGranted = QStringLiteral("permissionsEverGranted");
+inline const QString permissionsRemindSuppressed = QStringLiteral("permissionsRemindSuppressed");
+inline const QString debugStartPage = QStringLiteral("debugStartPage");
+inline const QString debugPermissions = QStringLiteral("debugPermissions");
+inline const QString debugTour = QStringLiteral("debugTour");
+// The chart style of the disk-usage charts (Settings → Charts): "honeycomb" or "rail".
+inline const QString chartStyle = QStringLiteral("chartStyle");
+
+} // namespace DefaultsKey
+
+// Names the application so that QSettings and the XDG folders resolve to Velloru’s own, and sets the
+// log line format. Call it once,
+// right after the Qt application object is created.
+void setApplicationIdentity();

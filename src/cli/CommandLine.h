@@ -1,0 +1,9 @@
+#pragma once
+
+// True when the arguments name a command (a first argument that does not begin with a dash, or --help /
+// --version) rather than the window.
+bool isCommandLineInvocation(int argc, char** argv);
+
+// Runs one headless command and returns its exit status: 0 on success, 1 when the work failed, 2 for a
+// bad command line.
+int runCommandLine(int argc, char** argv);

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QStringList>
+#include <QTextStream>
+
+// What a command gets: its own arguments (after the command name) and the two output streams.
+struct CommandContext {
+    QStringList arguments;
+    QTextStream& out;
+    QTextStream& err;
+};
+
+// Each command lives in its own file and returns its exit status.
+int runActivityCommand(CommandContext& context);

@@ -1,0 +1,90 @@
+#include "ui/ActivityPage.h"
+
+#include "common/ByteCount.h"
+#include "removal/AuditLog.h"
+#include "ui/ActivityTableModel.h"
+
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QTableView>
+#include <QVBoxLayout>
+
+ActivityPage::ActivityPage(AuditLog& log, QWidget* parent)
+    : QWidget(parent)
+    , m_log(log)
+{
+    setObjectName(QStringLiteral("page-auditLog"));
+    auto* layout = new QVBoxLayout(this);
+
+    auto* header = new QHBoxLayout;
+    auto* title = new QLabel(QStringLiteral("Activity"), this);
+    QFont font = title->font();
+    font.setPointSizeF(font.pointSizeF() * 1.4);
+    font.setBold(true);
+    title->setFont(font);
+    header->addWidget(title);
+    header->addStretch();
+    m_clear = new QPushButton(QStringLiteral("Clear…"), this);
+    m_clear->setObjectName(QStringLiteral("clearActivity"));
+    header->addWidget(m_clear);
+    layout->addLayout(header);
+
+    m_totals = new QLabel(this);
+    m_totals->setObjectName(QStringLiteral("activityTotals"));
+    layout->addWidget(m_totals);
+
+    m_body = new QStackedWidget(this);
+    auto* empty = new QLabel(QStringLiteral("Nothing yet. Everything Velloru moves to the Trash, and everything "
+                                            "it could not move, is listed here."),
+                             m_body);
+    empty->setAlignment(Qt::AlignCenter);
+    empty->setWordWrap(true);
+    empty->setEnabled(false);
+    m_body->addWidget(empty);
+
+    m_model = new ActivityTableModel(log, this);
+    m_table = new QTableView(m_body);
+    m_table->setObjectName(QStringLiteral("activityTable"));
+    m_table->setModel(m_model);
+    m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_table->verticalHeader()->hide();
+    m_table->horizontalHeader()->setStretchLastSection(true);
+    m_table->setWordWrap(false);
+    m_body->addWidget(m_table);
+    layout->addWidget(m_body, 1);
+
+    connect(m_clear, &QPushButton::clicked, this, &ActivityPage::confirmClear);
+    connect(&log, &AuditLog::changed, this, &ActivityPage::refresh);
+    refresh();
+}
+
+void ActivityPage::refresh()
+{
+    QString totals = QStringLiteral("Cleaned this session: %1 · All time: %2")
+                         .arg(formatBytes(m_log.sessionCleaned()), formatBytes(m_log.lifetimeCleaned()));
+    if (m_log.lastSaveProblem())
+        totals += QStringLiteral("\n") + *m_log.lastSaveProblem();
+    m_totals->setText(totals);
+    const bool hasEntries = !m_log.entries().isEmpty();
+    m_body->setCurrentIndex(hasEntries ? 1 : 0);
+    m_clear->setEnabled(hasEntries);
+    if (hasEntries)
+        m_table->resizeColumnsToContents();
+}
+
+void ActivityPage::confirmClear()
+{
+    QMessageBox box(QMessageBox::Warning, AuditLog::confirmClearText(),
+                    AuditLog::confirmClearText(), QMessageBox::Cancel, this);
+    box.setObjectName(QStringLiteral("confirmClear"));
+    box.setInformativeText(QStringLiteral("The items stay where they are; only the record of them goes."));
+    QPushButton* clear = box.addButton(QStringLiteral("Clear"), QMessageBox::DestructiveRole);
+    box.setDefaultButton(QMessageBox::Cancel);
+    box.exec();
+    if (box.clickedButton() == clear)
+        m_log.clear();
+}

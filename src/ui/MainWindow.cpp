@@ -1,0 +1,163 @@
+#include "ui/MainWindow.h"
+
+#include "app/AppState.h"
+#include "app/SplitViewStateRepair.h"
+#include "app/UserDefaults.h"
+#include "ui/ActivityPage.h"
+#include "ui/AppMenu.h"
+#include "ui/PlaceholderPage.h"
+#include "ui/SettingsWindow.h"
+#include "ui/SidebarView.h"
+#include "ui/WelcomeStep.h"
+
+#include <QCloseEvent>
+#include <QSettings>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTimer>
+
+namespace {
+
+constexpr int sidebarWidth = 220;
+constexpr int tourIntervalMs = 1500;
+
+} // namespace
+
+QString MainWindow::splitStateKey()
+{
+    return splitViewStatePrefix + QStringLiteral(" MainWindow");
+}
+
+MainWindow::MainWindow(AppState& state, SettingsRouter& router, QSettings& defaults, QWidget* parent)
+    : QMainWindow(parent)
+    , m_state(state)
+    , m_router(router)
+    , m_defaults(defaults)
+    // The permission checklist is not part of Velloru yet, so the flow has no gate to ask.
+    , m_startup(defaults, nullptr)
+{
+    setWindowTitle(QStringLiteral("Velloru"));
+    resize(1080, 700);
+    setMinimumSize(760, 480);
+
+    m_steps = new QStackedWidget(this);
+    auto* welcome = new WelcomeStep(m_steps);
+    m_steps->addWidget(welcome);
+    buildSections();
+    setCentralWidget(m_steps);
+    installAppMenu(*this, m_router);
+
+    connect(welcome, &WelcomeStep::finished, &m_startup, &StartupFlow::finishWelcome);
+    connect(&m_startup, &StartupFlow::stepChanged, this, &MainWindow::showStep);
+    connect(m_sidebar, &SidebarView::destinationActivated, &m_state, &AppState::select);
+    connect(&m_state, &AppState::selectionChanged, this, &MainWindow::showSelection);
+    connect(&m_state, &AppState::navigationTickChanged, this, &MainWindow::showSelection);
+    connect(m_splitter, &QSplitter::splitterMoved, this, &MainWindow::saveSplitState);
+    showSelection();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::buildSections()
+{
+    m_splitter = new QSplitter(Qt::Horizontal, m_steps);
+    m_splitter->setObjectName(QStringLiteral("sections"));
+    m_splitter->setChildrenCollapsible(false);
+    m_sidebar = new SidebarView(m_state.counts(), m_splitter);
+    m_sidebar->setMinimumWidth(160);
+    m_detail = new QStackedWidget(m_splitter);
+    m_detail->setMinimumWidth(400);
+    for (const Destination destination : Destinations::all()) {
+        QWidget* page = destination == Destination::auditLog
+                            ? static_cast<QWidget*>(new ActivityPage(m_state.audit(), m_detail))
+                            : new PlaceholderPage(destination, m_detail);
+        m_pages.insert(destination, page);
+        m_detail->addWidget(page);
+    }
+    m_splitter->addWidget(m_sidebar);
+    m_splitter->addWidget(m_detail);
+    m_splitter->setStretchFactor(1, 1);
+    m_splitter->setSizes({sidebarWidth, width() - sidebarWidth});
+    m_steps->addWidget(m_splitter);
+}
+
+QWidget* MainWindow::currentPage() const
+{
+    return m_detail->currentWidget();
+}
+
+SettingsWindow* MainWindow::settingsWindow()
+{
+    if (!m_settings)
+        m_settings = new SettingsWindow(m_router, m_defaults, this);
+    return m_settings;
+}
+
+void MainWindow::showSelection()
+{
+    const Destination selection = m_state.selection();
+    m_sidebar->setCurrentDestination(selection);
+    m_detail->setCurrentWidget(m_pages.value(selection));
+}
+
+void MainWindow::showStep(StartupFlow::Step step)
+{
+    // The permissions step joins here with the permission checklist; until then only welcome precedes
+    // the sections.
+    m_steps->setCurrentIndex(step == StartupFlow::Step::welcome ? 0 : 1);
+}
+
+void MainWindow::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    if (m_shownOnce)
+        return;
+    m_shownOnce = true;
+    restoreSplitState();
+    showStep(StartupFlow::Step::none);
+    m_startup.windowShown();
+    if (m_defaults.value(DefaultsKey::debugTour, false).toBool())
+        startTour();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    saveSplitState();
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::restoreSplitState()
+{
+    const auto frames = parsePaneFrames(m_defaults.value(splitStateKey()).toStringList());
+    if (!frames || frames->size() != 2)
+        return;
+    m_splitter->setSizes({int((*frames)[0].width), int((*frames)[1].width)});
+}
+
+void MainWindow::saveSplitState()
+{
+    QList<PaneFrame> frames;
+    for (int i = 0; i < m_splitter->count(); ++i) {
+        const QWidget* pane = m_splitter->widget(i);
+        frames.append({double(pane->x()), double(pane->y()), double(pane->width()), double(pane->height()),
+                       pane->isHidden()});
+    }
+    m_defaults.setValue(splitStateKey(), formatPaneFrames(frames));
+}
+
+void MainWindow::startTour()
+{
+    // A self-running walk over every section, for demonstrations and for eyeballing each page.
+    m_tour = new QTimer(this);
+    m_tour->setInterval(tourIntervalMs);
+    connect(m_tour, &QTimer::timeout, this, [this] {
+        const auto& all = Destinations::all();
+        const auto next = static_cast<size_t>(m_state.selection()) + 1;
+        if (next >= all.size()) {
+            m_tour->stop();
+            return;
+        }
+        m_state.navigate(all[next]);
+    });
+    m_tour->start();
+}

@@ -1,0 +1,34 @@
+#include "ui/PlaceholderPage.h"
+
+#include "ui/Icons.h"
+
+#include <QLabel>
+#include <QVBoxLayout>
+
+PlaceholderPage::PlaceholderPage(Destination destination, QWidget* parent)
+    : QWidget(parent)
+{
+    setObjectName(QStringLiteral("page-%1").arg(Destinations::rawValue(destination)));
+    auto* layout = new QVBoxLayout(this);
+    layout->addStretch();
+
+    auto* icon = new QLabel(this);
+    icon->setPixmap(sectionIcon(destination).pixmap(48, 48));
+    icon->setAlignment(Qt::AlignCenter);
+    layout->addWidget(icon);
+
+    auto* title = new QLabel(Destinations::title(destination), this);
+    title->setObjectName(QStringLiteral("pageTitle"));
+    title->setAlignment(Qt::AlignCenter);
+    QFont font = title->font();
+    font.setPointSizeF(font.pointSizeF() * 1.6);
+    font.setBold(true);
+    title->setFont(font);
+    layout->addWidget(title);
+
+    auto* note = new QLabel(QStringLiteral("This section is not part of this version of Velloru yet."), this);
+    note->setAlignment(Qt::AlignCenter);
+    note->setEnabled(false);
+    layout->addWidget(note);
+    layout->addStretch();
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "scan/ScanSelection.h"
+
+#include <QWidget>
+
+class QLabel;
+class QStackedWidget;
+class QTreeView;
+class ReviewModel;
+
+// The reviewable list every cleaning feature ends in: groups with tri-state boxes, items with risk
+// badges and sizes, the ticked total, and the empty-result texts when nothing was found.
+class ReviewList : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ReviewList(QWidget* parent = nullptr);
+
+    void setResult(QList<ScanGroup> groups, ScanSelection selection);
+    const ScanSelection& selection() const;
+    QList<ScanItem> tickedItems() const;
+
+    ReviewModel* model() const { return m_model; }
+    QTreeView* tree() const { return m_tree; }
+    QLabel* totalLabel() const { return m_total; }
+    bool isShowingEmptyResult() const;
+
+Q_SIGNALS:
+    void selectionChanged();
+
+private:
+    void updateTotal();
+
+    ReviewModel* m_model = nullptr;
+    QStackedWidget* m_body = nullptr;
+    QTreeView* m_tree = nullptr;
+    QLabel* m_total = nullptr;
+};

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "app/Destination.h"
+
+#include <QListWidget>
+
+class SidebarCounts;
+
+// The sixteen sections in order, each with its icon and, when counted, a badge.
+class SidebarView : public QListWidget {
+    Q_OBJECT
+
+public:
+    explicit SidebarView(const SidebarCounts& counts, QWidget* parent = nullptr);
+
+    void setCurrentDestination(Destination destination);
+    QListWidgetItem* itemFor(Destination destination) const;
+
+Q_SIGNALS:
+    void destinationActivated(Destination destination);
+};

@@ -1,0 +1,114 @@
+#include "TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMutex>
+
+#include <sys/mount.h>
+#include <unistd.h>
+
+FixtureTree::FixtureTree() = default;
+
+QString FixtureTree::path(const QString& relative) const
+{
+    return relative.isEmpty() ? m_dir.path() : m_dir.filePath(relative);
+}
+
+QString FixtureTree::write(const QString& relative, const QByteArray& content)
+{
+    const QString file = path(relative);
+    QDir().mkpath(QFileInfo(file).absolutePath());
+    QFile out(file);
+    if (out.open(QIODevice::WriteOnly))
+        out.write(content);
+    return file;
+}
+
+QString FixtureTree::makeFolder(const QString& relative)
+{
+    QDir().mkpath(path(relative));
+    return path(relative);
+}
+
+namespace {
+
+QMutex captureLock;
+QStringList captured;
+QtMessageHandler previousHandler = nullptr;
+
+void captureHandler(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    {
+        QMutexLocker guard(&captureLock);
+        captured.append(message);
+    }
+    if (previousHandler)
+        previousHandler(type, context, message);
+}
+
+} // namespace
+
+LogCapture::LogCapture()
+{
+    QMutexLocker guard(&captureLock);
+    captured.clear();
+    previousHandler = qInstallMessageHandler(captureHandler);
+}
+
+LogCapture::~LogCapture()
+{
+    qInstallMessageHandler(previousHandler);
+}
+
+QStringList LogCapture::lines() const
+{
+    QMutexLocker guard(&captureLock);
+    return captured;
+}
+
+bool LogCapture::contains(const QString& fragment) const
+{
+    for (const QString& line : lines())
+        if (line.contains(fragment))
+            return true;
+    return false;
+}
+
+bool runningAsRoot()
+{
+    return geteuid() == 0;
+}
+
+std::optional<TmpfsMount> TmpfsMount::mount(const QString& where, const QString& options)
+{
+    if (!runningAsRoot())
+        return std::nullopt;
+    QDir().mkpath(where);
+    if (::mount("velloru-test", where.toLocal8Bit().constData(), "tmpfs", 0, options.toLocal8Bit().constData()) != 0)
+        return std::nullopt;
+    return TmpfsMount(where);
+}
+
+TmpfsMount::TmpfsMount(TmpfsMount&& other) noexcept
+    : m_path(std::exchange(other.m_path, {}))
+{
+}
+
+TmpfsMount::~TmpfsMount()
+{
+    if (!m_path.isEmpty())
+        ::umount2(m_path.toLocal8Bit().constData(), MNT_DETACH);
+}
+
+bool TmpfsMount::remount(const QString& options) const
+{
+    const unsigned long flags = MS_REMOUNT | (options.contains(QLatin1String("ro")) ? MS_RDONLY : 0);
+    return ::mount("velloru-test", m_path.toLocal8Bit().constData(), "tmpfs", flags, nullptr) == 0;
+}
+
+QByteArray readWholeFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}

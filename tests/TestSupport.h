@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <optional>
+
+// A temporary folder to build fixture trees in.
+class FixtureTree {
+public:
+    FixtureTree();
+    QString path(const QString& relative = {}) const;
+    // Writes a file (parents created) and returns its absolute path.
+    QString write(const QString& relative, const QByteArray& content);
+    QString makeFolder(const QString& relative);
+
+private:
+    QTemporaryDir m_dir;
+};
+
+// Collects the "Velloru: " log lines written while it lives.
+class LogCapture {
+public:
+    LogCapture();
+    ~LogCapture();
+    QStringList lines() const;
+    bool contains(const QString& fragment) const;
+};
+
+bool runningAsRoot();
+
+// A tmpfs mounted for the test's life (root only); nothing when it could not be mounted.
+class TmpfsMount {
+public:
+    static std::optional<TmpfsMount> mount(const QString& where, const QString& options);
+    TmpfsMount(TmpfsMount&& other) noexcept;
+    TmpfsMount& operator=(TmpfsMount&&) = delete;
+    ~TmpfsMount();
+    const QString& path() const { return m_path; }
+    // Remounts read-only or read-write in place.
+    bool remount(const QString& options) const;
+
+private:
+    explicit TmpfsMount(QString path)
+        : m_path(std::move(path))
+    {
+    }
+    QString m_path;
+};
+
+QByteArray readWholeFile(const QString& path);
