@@ -25,6 +25,8 @@ int main(int argc, char** argv)
     qputenv("XDG_CACHE_HOME", root + "/home/.cache");
     qputenv("XDG_STATE_HOME", root + "/home/.local/state");
 
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     TestApplication app(argc, argv);
     setApplicationIdentity();
     ::testing::InitGoogleTest(&argc, argv);

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
+#include <QPair>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -51,3 +53,13 @@ private:
 };
 
 QByteArray readWholeFile(const QString& path);
+
+// One run of the velloru program as a child process.
+struct CommandRun {
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+// Runs build/velloru with these arguments and extra environment variables, waiting up to two minutes.
+CommandRun runVelloru(const QStringList& arguments, const QList<QPair<QString, QString>>& environment = {});

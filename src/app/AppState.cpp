@@ -51,11 +51,14 @@ void AppState::refreshCounts()
         return;
     m_countsTask = std::make_unique<std::jthread>([this, home = QDir::homePath()] {
         SidebarCounts::Counts counts = countSections(home);
-        QMetaObject::invokeMethod(this, [this, counts = std::move(counts)]() mutable {
-            m_counts.setCounts(std::move(counts));
-            m_countsTask->join();
-            m_countsTask.reset();
-            Q_EMIT countsRefreshed();
-        }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this,
+            [this, counts = std::move(counts)]() mutable {
+                m_counts.setCounts(std::move(counts));
+                m_countsTask->join();
+                m_countsTask.reset();
+                Q_EMIT countsRefreshed();
+            },
+            Qt::QueuedConnection);
     });
 }

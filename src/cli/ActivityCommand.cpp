@@ -17,12 +17,12 @@ void printTable(const AuditLog& log, QTextStream& out)
         out << "The activity log is empty: Velloru has not moved anything yet.\n";
     } else {
         TextTable table({QStringLiteral("Date"), QStringLiteral("Feature"), QStringLiteral("Outcome"),
-                         QStringLiteral("Size"), QStringLiteral("Item")},
-                        {false, false, false, true, false});
+                            QStringLiteral("Size"), QStringLiteral("Item")},
+            {false, false, false, true, false});
         for (auto it = entries.crbegin(); it != entries.crend(); ++it) {
-            table.addRow({QLocale::c().toString(it->date.toLocalTime(), QStringLiteral("yyyy-MM-dd HH:mm:ss")),
-                          it->feature, it->outcome,
-                          it->subjectKind == AuditSubject::file ? formatBytes(it->size) : QString(), it->path});
+            table.addRow(
+                {QLocale::c().toString(it->date.toLocalTime(), QStringLiteral("yyyy-MM-dd HH:mm:ss")), it->feature,
+                    it->outcome, it->subjectKind == AuditSubject::file ? formatBytes(it->size) : QString(), it->path});
         }
         table.print(out);
         out << '\n';
@@ -54,8 +54,8 @@ int runActivityCommand(CommandContext& context)
         if (argument == QLatin1String("--json")) {
             json = true;
         } else {
-            context.err << QStringLiteral("velloru activity: unknown option “%1” — the only option is --json.\n")
-                               .arg(argument);
+            context.err
+                << QStringLiteral("velloru activity: unknown option “%1” — the only option is --json.\n").arg(argument);
             return 2;
         }
     }

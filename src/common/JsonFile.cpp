@@ -35,7 +35,7 @@ void setAsideUnusableFile(const QString& path, const QString& reason)
         logLine(QStringLiteral("state file unusable, kept aside path=%1 keptAs=%2 reason=\"%3\"")
                     .arg(path, target, reason));
     } else {
-        logLine(QStringLiteral("state file unusable and could not be kept aside path=%1 reason=\"%2\"")
-                    .arg(path, reason));
+        logLine(
+            QStringLiteral("state file unusable and could not be kept aside path=%1 reason=\"%2\"").arg(path, reason));
     }
 }

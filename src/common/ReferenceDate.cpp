@@ -1,6 +1,5 @@
 #include "common/ReferenceDate.h"
 
-
 namespace {
 
 // 2001-01-01T00:00:00Z in milliseconds since the Unix epoch.

@@ -146,6 +146,9 @@ void AuditLog::clear()
 
 void AuditLog::save(Files files)
 {
+    // After a failed save either file may be behind, so the next save writes both.
+    if (m_lastSaveProblem)
+        files = Files::logAndTotals;
     std::optional<QString> problem;
     if (files == Files::logAndTotals || files == Files::log) {
         QList<QByteArray> objects;

@@ -15,8 +15,8 @@ qint64 measureItemSize(const QString& path)
         return info.size();
 
     qint64 sum = 0;
-    QDirIterator it(path, QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                    QDirIterator::Subdirectories);
+    QDirIterator it(
+        path, QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const QFileInfo file = it.nextFileInfo();
         if (!file.isSymLink())

@@ -30,5 +30,5 @@ struct Done {
 
 } // namespace ScanPhase
 
-using ScanPhaseValue =
-    std::variant<ScanPhase::Scanning, ScanPhase::Done, ScanPhase::Idle, ScanPhase::Results, ScanPhase::Cleaning>;
+using ScanPhaseValue
+    = std::variant<ScanPhase::Scanning, ScanPhase::Done, ScanPhase::Idle, ScanPhase::Results, ScanPhase::Cleaning>;

@@ -40,7 +40,7 @@ ActivityPage::ActivityPage(AuditLog& log, QWidget* parent)
     m_body = new QStackedWidget(this);
     auto* empty = new QLabel(QStringLiteral("Nothing yet. Everything Velloru moves to the Trash, and everything "
                                             "it could not move, is listed here."),
-                             m_body);
+        m_body);
     empty->setAlignment(Qt::AlignCenter);
     empty->setWordWrap(true);
     empty->setEnabled(false);
@@ -78,8 +78,8 @@ void ActivityPage::refresh()
 
 void ActivityPage::confirmClear()
 {
-    QMessageBox box(QMessageBox::Warning, AuditLog::confirmClearText(),
-                    AuditLog::confirmClearText(), QMessageBox::Cancel, this);
+    QMessageBox box(
+        QMessageBox::Warning, AuditLog::confirmClearText(), AuditLog::confirmClearText(), QMessageBox::Cancel, this);
     box.setObjectName(QStringLiteral("confirmClear"));
     box.setInformativeText(QStringLiteral("The items stay where they are; only the record of them goes."));
     QPushButton* clear = box.addButton(QStringLiteral("Clear"), QMessageBox::DestructiveRole);

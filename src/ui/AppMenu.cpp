@@ -24,12 +24,12 @@ void installAppMenu(MainWindow& window, SettingsRouter& router)
 
     menu->addAction(AppMenuTexts::about(), &window, [openSettings] { openSettings(SettingsRouter::Tab::about); });
     menu->addAction(AppMenuTexts::checkForUpdates(), &window, [&window] {
-        QMessageBox::information(&window, AppMenuTexts::checkForUpdates(),
-                                 AppMenuTexts::updatesComeFromPackageManager());
+        QMessageBox::information(
+            &window, AppMenuTexts::checkForUpdates(), AppMenuTexts::updatesComeFromPackageManager());
     });
     menu->addSeparator();
-    QAction* settings = menu->addAction(AppMenuTexts::settings(), &window,
-                                        [openSettings] { openSettings(SettingsRouter::Tab::charts); });
+    QAction* settings = menu->addAction(
+        AppMenuTexts::settings(), &window, [openSettings] { openSettings(SettingsRouter::Tab::charts); });
     settings->setShortcut(QKeySequence::Preferences);
     menu->addSeparator();
 

@@ -69,8 +69,8 @@ void MainWindow::buildSections()
     m_detail->setMinimumWidth(400);
     for (const Destination destination : Destinations::all()) {
         QWidget* page = destination == Destination::auditLog
-                            ? static_cast<QWidget*>(new ActivityPage(m_state.audit(), m_detail))
-                            : new PlaceholderPage(destination, m_detail);
+            ? static_cast<QWidget*>(new ActivityPage(m_state.audit(), m_detail))
+            : new PlaceholderPage(destination, m_detail);
         m_pages.insert(destination, page);
         m_detail->addWidget(page);
     }
@@ -139,8 +139,8 @@ void MainWindow::saveSplitState()
     QList<PaneFrame> frames;
     for (int i = 0; i < m_splitter->count(); ++i) {
         const QWidget* pane = m_splitter->widget(i);
-        frames.append({double(pane->x()), double(pane->y()), double(pane->width()), double(pane->height()),
-                       pane->isHidden()});
+        frames.append(
+            {double(pane->x()), double(pane->y()), double(pane->width()), double(pane->height()), pane->isHidden()});
     }
     m_defaults.setValue(splitStateKey(), formatPaneFrames(frames));
 }

@@ -40,7 +40,7 @@ public:
         }
         const QFontMetrics metrics(option.font);
         const QRect pill(option.rect.left() + 4, option.rect.center().y() - metrics.height() / 2 - 1,
-                         metrics.horizontalAdvance(text) + 14, metrics.height() + 2);
+            metrics.horizontalAdvance(text) + 14, metrics.height() + 2);
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(Qt::NoPen);
@@ -133,6 +133,6 @@ bool ReviewList::isShowingEmptyResult() const
 void ReviewList::updateTotal()
 {
     const qint64 ticked = m_model->selection().tickedSize(m_model->groups());
-    m_total->setText(QStringLiteral("Selected: %1 of %2")
-                         .arg(formatBytes(ticked), formatBytes(totalSize(m_model->groups()))));
+    m_total->setText(
+        QStringLiteral("Selected: %1 of %2").arg(formatBytes(ticked), formatBytes(totalSize(m_model->groups()))));
 }

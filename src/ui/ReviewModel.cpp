@@ -3,6 +3,7 @@
 #include "common/ByteCount.h"
 
 #include <QFileInfo>
+#include <QFont>
 
 ReviewModel::ReviewModel(QObject* parent)
     : QAbstractItemModel(parent)
@@ -69,6 +70,11 @@ QVariant ReviewModel::data(const QModelIndex& index, int role) const
         }
         if (role == Qt::DisplayRole && index.column() == Column::name)
             return group.title;
+        if (role == Qt::FontRole) {
+            QFont bold;
+            bold.setBold(true);
+            return bold;
+        }
         if (role == Qt::DisplayRole && index.column() == Column::size)
             return formatBytes(group.size());
         if (role == Qt::DisplayRole && index.column() == Column::detail)

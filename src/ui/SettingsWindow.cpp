@@ -29,9 +29,9 @@ SettingsWindow::SettingsWindow(SettingsRouter& router, QSettings& defaults, QWid
     layout->addWidget(m_tabs);
 
     connect(&router, &SettingsRouter::selectedChanged, m_tabs,
-            [this](SettingsRouter::Tab tab) { m_tabs->setCurrentIndex(static_cast<int>(tab)); });
+        [this](SettingsRouter::Tab tab) { m_tabs->setCurrentIndex(static_cast<int>(tab)); });
     connect(m_tabs, &QTabWidget::currentChanged, &router,
-            [&router](int index) { router.select(static_cast<SettingsRouter::Tab>(index)); });
+        [&router](int index) { router.select(static_cast<SettingsRouter::Tab>(index)); });
 }
 
 QWidget* SettingsWindow::makeChartsTab(QSettings& defaults)
@@ -45,9 +45,8 @@ QWidget* SettingsWindow::makeChartsTab(QSettings& defaults)
     const int current = style->findData(defaults.value(DefaultsKey::chartStyle, QStringLiteral("honeycomb")));
     style->setCurrentIndex(std::max(current, 0));
     form->addRow(QStringLiteral("Disk usage chart:"), style);
-    connect(style, &QComboBox::currentIndexChanged, tab, [style, &defaults] {
-        defaults.setValue(DefaultsKey::chartStyle, style->currentData());
-    });
+    connect(style, &QComboBox::currentIndexChanged, tab,
+        [style, &defaults] { defaults.setValue(DefaultsKey::chartStyle, style->currentData()); });
     return tab;
 }
 
@@ -70,7 +69,7 @@ QWidget* SettingsWindow::makeAboutTab()
     layout->addWidget(name);
     auto* text = new QLabel(QStringLiteral("A desktop maintenance suite. Everything it removes goes to the "
                                            "Trash, and everything it does is written to the Activity log."),
-                            tab);
+        tab);
     text->setWordWrap(true);
     layout->addWidget(text);
     auto* folder = new QLabel(QStringLiteral("Data folder: %1").arg(StoragePaths::dataFolder()), tab);

@@ -28,8 +28,8 @@ public:
         const QString text = QString::number(*count);
         const QFontMetrics metrics(option.font);
         const int width = std::max(metrics.horizontalAdvance(text) + 12, metrics.height() + 4);
-        const QRect badge(option.rect.right() - width - 8, option.rect.center().y() - metrics.height() / 2 - 1,
-                          width, metrics.height() + 2);
+        const QRect badge(option.rect.right() - width - 8, option.rect.center().y() - metrics.height() / 2 - 1, width,
+            metrics.height() + 2);
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setPen(Qt::NoPen);

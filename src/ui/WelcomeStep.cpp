@@ -23,7 +23,7 @@ WelcomeStep::WelcomeStep(QWidget* parent)
                                            "space and memory went. Nothing is deleted outright: everything it "
                                            "removes goes to the Trash and is written to the Activity log, and "
                                            "nothing is selected behind your back."),
-                            this);
+        this);
     text->setWordWrap(true);
     text->setAlignment(Qt::AlignCenter);
     text->setMaximumWidth(520);

@@ -25,7 +25,7 @@ std::optional<FileStatus> statusAt(int dirFd, const char* name, StatDetail detai
     if (detail == StatDetail::full)
         mask |= STATX_UID | STATX_MTIME | STATX_CTIME | STATX_BTIME;
 
-    struct statx status {};
+    struct statx status { };
     const int flags = AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC | (name[0] == '\0' ? AT_EMPTY_PATH : 0);
     if (::statx(dirFd, name, flags, mask, &status) != 0)
         return std::nullopt;
@@ -42,7 +42,8 @@ std::optional<FileStatus> statusAt(int dirFd, const char* name, StatDetail detai
     result.modifiedNanoseconds = status.stx_mtime.tv_nsec;
     result.changedSeconds = status.stx_ctime.tv_sec;
     result.createdSeconds = (status.stx_mask & STATX_BTIME) ? status.stx_btime.tv_sec : 0;
-    result.immutable = (status.stx_attributes_mask & STATX_ATTR_IMMUTABLE) && (status.stx_attributes & STATX_ATTR_IMMUTABLE);
+    result.immutable
+        = (status.stx_attributes_mask & STATX_ATTR_IMMUTABLE) && (status.stx_attributes & STATX_ATTR_IMMUTABLE);
     result.appendOnly = (status.stx_attributes_mask & STATX_ATTR_APPEND) && (status.stx_attributes & STATX_ATTR_APPEND);
     return result;
 }

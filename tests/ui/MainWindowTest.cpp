@@ -1,0 +1,153 @@
+#include "ui/MainWindow.h"
+#include "app/AppState.h"
+#include "app/SettingsRouter.h"
+#include "app/UserDefaults.h"
+#include "ui/SettingsWindow.h"
+#include "ui/SidebarView.h"
+
+#include "UiTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QComboBox>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QSettings>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTabWidget>
+#include <QTest>
+
+namespace {
+
+class MainWindowTest : public ::testing::Test {
+protected:
+    void SetUp() override { QSettings().clear(); }
+};
+
+QAction* menuAction(MainWindow& window, const QString& text)
+{
+    for (QAction* menu : window.menuBar()->actions())
+        for (QAction* action : menu->menu()->actions())
+            if (action->text() == text)
+                return action;
+    return nullptr;
+}
+
+} // namespace
+
+TEST_F(MainWindowTest, FirstLaunchShowsWelcomeOnceThenTheSections)
+{
+    QSettings defaults;
+    AppState state;
+    SettingsRouter router;
+    {
+        MainWindow window(state, router, defaults);
+        window.show();
+        auto* welcome = window.findChild<QWidget*>(QStringLiteral("welcomeStep"));
+        ASSERT_TRUE(welcome);
+        EXPECT_TRUE(welcome->isVisible());
+        saveScreenshot(window, QStringLiteral("welcome"));
+
+        QTest::mouseClick(window.findChild<QPushButton*>(QStringLiteral("getStarted")), Qt::LeftButton);
+        EXPECT_FALSE(welcome->isVisible());
+        EXPECT_TRUE(window.sidebar()->isVisible());
+        EXPECT_TRUE(defaults.value(DefaultsKey::onboardingComplete).toBool());
+    }
+    MainWindow again(state, router, defaults);
+    again.show();
+    EXPECT_TRUE(again.sidebar()->isVisible());
+}
+
+TEST_F(MainWindowTest, EverySectionOpensFromTheSidebar)
+{
+    QSettings defaults;
+    defaults.setValue(DefaultsKey::onboardingComplete, true);
+    AppState state;
+    SettingsRouter router;
+    MainWindow window(state, router, defaults);
+    window.show();
+    state.counts().setCounts({{Destination::browsers, 2}, {Destination::chats, 0}});
+
+    ASSERT_EQ(window.sidebar()->count(), 16);
+    for (const Destination destination : Destinations::all()) {
+        QListWidgetItem* item = window.sidebar()->itemFor(destination);
+        EXPECT_EQ(item->text(), Destinations::title(destination));
+        EXPECT_FALSE(item->icon().isNull()) << Destinations::rawValue(destination).toStdString();
+        const QRect rect = window.sidebar()->visualItemRect(item);
+        QTest::mouseClick(window.sidebar()->viewport(), Qt::LeftButton, {}, rect.center());
+        EXPECT_EQ(state.selection(), destination);
+        EXPECT_EQ(window.currentPage(), window.pageFor(destination));
+        EXPECT_EQ(window.currentPage()->objectName(), QStringLiteral("page-") + Destinations::rawValue(destination));
+    }
+    saveScreenshot(window, QStringLiteral("sections"));
+
+    // A feature sending the user elsewhere moves the sidebar too.
+    state.navigate(Destination::duplicates);
+    EXPECT_EQ(window.sidebar()->currentRow(), int(Destination::duplicates));
+    EXPECT_EQ(window.currentPage(), window.pageFor(Destination::duplicates));
+}
+
+TEST_F(MainWindowTest, SettingsTabsFollowTheRouterBothWays)
+{
+    QSettings defaults;
+    defaults.setValue(DefaultsKey::onboardingComplete, true);
+    AppState state;
+    SettingsRouter router;
+    MainWindow window(state, router, defaults);
+    window.show();
+
+    QAction* about = menuAction(window, QStringLiteral("About Velloru"));
+    ASSERT_TRUE(about);
+    about->trigger();
+    SettingsWindow* settings = window.settingsWindow();
+    ASSERT_TRUE(settings->isVisible());
+    EXPECT_EQ(settings->tabs()->tabText(settings->tabs()->currentIndex()), QStringLiteral("About"));
+
+    const QStringList titles{QStringLiteral("Charts"), QStringLiteral("Services"), QStringLiteral("About")};
+    for (int i = 0; i < settings->tabs()->count(); ++i) {
+        EXPECT_EQ(settings->tabs()->tabText(i), titles[i]);
+        QTest::mouseClick(
+            settings->tabs()->tabBar(), Qt::LeftButton, {}, settings->tabs()->tabBar()->tabRect(i).center());
+        EXPECT_EQ(static_cast<int>(router.selected()), i);
+        saveScreenshot(*settings, QStringLiteral("settings-") + titles[i].toLower());
+    }
+    router.select(SettingsRouter::Tab::services);
+    EXPECT_EQ(settings->tabs()->currentIndex(), 1);
+
+    router.select(SettingsRouter::Tab::charts);
+    auto* style = settings->findChild<QComboBox*>(QStringLiteral("chartStyle"));
+    ASSERT_TRUE(style);
+    style->setCurrentIndex(style->findData(QStringLiteral("rail")));
+    EXPECT_EQ(defaults.value(DefaultsKey::chartStyle).toString(), QStringLiteral("rail"));
+
+    QAction* start = menuAction(window, QStringLiteral("Start Background Services"));
+    ASSERT_TRUE(start);
+    EXPECT_EQ(
+        start->toolTip(), QStringLiteral("Register the mount agent again and reconnect drives set to auto-connect."));
+    QAction* stop = menuAction(window, QStringLiteral("Stop Background Services"));
+    ASSERT_TRUE(stop);
+    EXPECT_EQ(stop->toolTip(), QStringLiteral("Unmount drives, stop the mount agent and exit the privileged helper."));
+}
+
+TEST_F(MainWindowTest, TheSplitLayoutIsSavedAsFramesAndRestored)
+{
+    QSettings defaults;
+    defaults.setValue(DefaultsKey::onboardingComplete, true);
+    AppState state;
+    SettingsRouter router;
+    {
+        MainWindow window(state, router, defaults);
+        window.show();
+        auto* splitter = window.findChild<QSplitter*>(QStringLiteral("sections"));
+        splitter->setSizes({300, 700});
+        window.close();
+    }
+    const QStringList frames = defaults.value(MainWindow::splitStateKey()).toStringList();
+    ASSERT_EQ(frames.size(), 2);
+    EXPECT_TRUE(frames[0].contains(QStringLiteral("300.000000"))) << frames[0].toStdString();
+
+    MainWindow restored(state, router, defaults);
+    restored.show();
+    EXPECT_EQ(restored.findChild<QSplitter*>(QStringLiteral("sections"))->sizes().first(), 300);
+}
