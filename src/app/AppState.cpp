@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 
 #include "app/UserDefaults.h"
+#include "common/BackgroundTask.h"
 #include "common/StoragePaths.h"
 #include "privacy/KnownApps.h"
 
@@ -26,6 +27,7 @@ AppState::AppState()
     const QSettings defaults;
     const QString startPage = defaults.value(DefaultsKey::debugStartPage).toString();
     m_selection = Destinations::parse(startPage).value_or(Destination::dashboard);
+    m_trashWatcher.start();
 }
 
 AppState::~AppState() = default;
@@ -49,16 +51,11 @@ void AppState::refreshCounts()
 {
     if (m_countsTask)
         return;
-    m_countsTask = std::make_unique<std::jthread>([this, home = QDir::homePath()] {
-        SidebarCounts::Counts counts = countSections(home);
-        QMetaObject::invokeMethod(
-            this,
-            [this, counts = std::move(counts)]() mutable {
-                m_counts.setCounts(std::move(counts));
-                m_countsTask->join();
-                m_countsTask.reset();
-                Q_EMIT countsRefreshed();
-            },
-            Qt::QueuedConnection);
-    });
+    m_countsTask = runInBackground(
+        this, [home = QDir::homePath()] { return countSections(home); },
+        [this](SidebarCounts::Counts counts) {
+            m_counts.setCounts(std::move(counts));
+            m_countsTask.reset();
+            Q_EMIT countsRefreshed();
+        });
 }

@@ -3,6 +3,8 @@
 #include "app/Destination.h"
 #include "app/SidebarCounts.h"
 #include "removal/AuditLog.h"
+#include "removal/TrashWatcher.h"
+#include "removal/Trasher.h"
 
 #include <QObject>
 
@@ -24,6 +26,10 @@ public:
     ~AppState() override;
 
     AuditLog& audit() { return m_audit; }
+    // Moves items to the Trash for every feature; root-owned items go through the helper once it exists.
+    const Trasher& trasher() const { return m_trasher; }
+    // Watches the home Trash so that put-back buttons and the Trash card follow it.
+    TrashWatcher& trashWatcher() { return m_trashWatcher; }
     // The app inventory, the helper client, the running-apps monitor and the mount-agent registrar
     // are created here, in that order, after `audit`.
     SidebarCounts& counts() { return m_counts; }
@@ -51,6 +57,8 @@ Q_SIGNALS:
 
 private:
     AuditLog m_audit;
+    Trasher m_trasher;
+    TrashWatcher m_trashWatcher;
     SidebarCounts m_counts;
     std::unique_ptr<std::jthread> m_countsTask; // the counts refresh under way, if any
     Destination m_selection = Destination::dashboard;

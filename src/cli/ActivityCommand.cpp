@@ -17,12 +17,14 @@ void printTable(const AuditLog& log, QTextStream& out)
         out << "The activity log is empty: Velloru has not moved anything yet.\n";
     } else {
         TextTable table({QStringLiteral("Date"), QStringLiteral("Feature"), QStringLiteral("Outcome"),
-                            QStringLiteral("Size"), QStringLiteral("Item")},
-            {false, false, false, true, false});
+                            QStringLiteral("Size"), QStringLiteral("Item"), QStringLiteral("Entry")},
+            {false, false, false, true, false, false});
         for (auto it = entries.crbegin(); it != entries.crend(); ++it) {
             table.addRow(
                 {QLocale::c().toString(it->date.toLocalTime(), QStringLiteral("yyyy-MM-dd HH:mm:ss")), it->feature,
-                    it->outcome, it->subjectKind == AuditSubject::file ? formatBytes(it->size) : QString(), it->path});
+                    it->outcome, it->subjectKind == AuditSubject::file ? formatBytes(it->size) : QString(), it->path,
+                    // The start of the id is enough for "velloru put-back".
+                    uuidText(it->id).left(8)});
         }
         table.print(out);
         out << '\n';

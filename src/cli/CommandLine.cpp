@@ -18,7 +18,14 @@ struct Command {
 
 const Command commands[] = {
     {"activity", "activity [--json]", "Lists the activity log, newest first, and the space cleaned so far.",
-     runActivityCommand},
+        runActivityCommand},
+    {"trash", "trash PATH… [--json]", "Moves files and folders to the Trash, each with its put-back record.",
+        runTrashCommand},
+    {"put-back", "put-back ENTRY-ID", "Puts an item back from the Trash, using its activity entry (an id or the "
+                                      "start of one, as “velloru activity” shows).",
+        runPutBackCommand},
+    {"trash-summary", "trash-summary [--json]", "Shows what the Trash folders of every mounted volume hold.",
+        runTrashSummaryCommand},
 };
 
 void printHelp(QTextStream& out)
@@ -26,11 +33,16 @@ void printHelp(QTextStream& out)
     out << "Usage: velloru [COMMAND] [OPTIONS]\n\n"
         << "Without a command Velloru opens its window. Commands:\n";
     for (const Command& command : commands)
-        out << QStringLiteral("  %1\n      %2\n").arg(QLatin1String(command.usage), QLatin1String(command.summary));
+        out << QStringLiteral("  %1\n      %2\n").arg(QString::fromUtf8(command.usage), QString::fromUtf8(command.summary));
     out << "\n  help       Shows this text.\n  --version  Shows the version.\n";
 }
 
 } // namespace
+
+bool takeFlag(QStringList& arguments, const QString& flag)
+{
+    return arguments.removeAll(flag) > 0;
+}
 
 bool isCommandLineInvocation(int argc, char** argv)
 {

@@ -12,3 +12,9 @@ struct CommandContext {
 
 // Each command lives in its own file and returns its exit status.
 int runActivityCommand(CommandContext& context);
+int runTrashCommand(CommandContext& context);
+int runPutBackCommand(CommandContext& context);
+int runTrashSummaryCommand(CommandContext& context);
+
+// Removes `flag` from the arguments; true when it was there.
+bool takeFlag(QStringList& arguments, const QString& flag);

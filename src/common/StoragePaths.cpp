@@ -17,9 +17,14 @@ QString xdgFolder(const char* variable, const QString& fallbackUnderHome)
 
 namespace StoragePaths {
 
+QString dataHome()
+{
+    return xdgFolder("XDG_DATA_HOME", QStringLiteral(".local/share"));
+}
+
 QString dataFolder()
 {
-    return xdgFolder("XDG_DATA_HOME", QStringLiteral(".local/share")) + QStringLiteral("/Velloru");
+    return dataHome() + QStringLiteral("/Velloru");
 }
 
 QString cacheFolder()

@@ -74,9 +74,10 @@ void AuditLog::loadTotals()
         if (entry.outcome == AuditOutcome::movedToTrash)
             sum = checkedAdd(sum, entry.size);
     m_lifetimeCleaned = sum;
-    logLine(QStringLiteral("activity totals rebuilt from the log lifetimeCleaned=%1 entries=%2")
-                .arg(sum)
-                .arg(m_entries.size()));
+    if (!m_entries.isEmpty())
+        logLine(QStringLiteral("activity totals rebuilt from the log lifetimeCleaned=%1 entries=%2")
+                    .arg(sum)
+                    .arg(m_entries.size()));
     save(Files::totals);
 }
 

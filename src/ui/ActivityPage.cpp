@@ -2,6 +2,8 @@
 
 #include "common/ByteCount.h"
 #include "removal/AuditLog.h"
+#include "removal/TrashRecovery.h"
+#include "removal/TrashWatcher.h"
 #include "ui/ActivityTableModel.h"
 
 #include <QHBoxLayout>
@@ -13,7 +15,7 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
-ActivityPage::ActivityPage(AuditLog& log, QWidget* parent)
+ActivityPage::ActivityPage(AuditLog& log, TrashWatcher& trashWatcher, QWidget* parent)
     : QWidget(parent)
     , m_log(log)
 {
@@ -28,6 +30,10 @@ ActivityPage::ActivityPage(AuditLog& log, QWidget* parent)
     title->setFont(font);
     header->addWidget(title);
     header->addStretch();
+    m_putBack = new QPushButton(QStringLiteral("Put Back"), this);
+    m_putBack->setObjectName(QStringLiteral("putBack"));
+    m_putBack->setToolTip(QStringLiteral("Moves the selected item from the Trash back to where it was."));
+    header->addWidget(m_putBack);
     m_clear = new QPushButton(QStringLiteral("Clear…"), this);
     m_clear->setObjectName(QStringLiteral("clearActivity"));
     header->addWidget(m_clear);
@@ -58,7 +64,10 @@ ActivityPage::ActivityPage(AuditLog& log, QWidget* parent)
     layout->addWidget(m_body, 1);
 
     connect(m_clear, &QPushButton::clicked, this, &ActivityPage::confirmClear);
+    connect(m_putBack, &QPushButton::clicked, this, &ActivityPage::putBackSelected);
+    connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ActivityPage::updatePutBack);
     connect(&log, &AuditLog::changed, this, &ActivityPage::refresh);
+    connect(&trashWatcher, &TrashWatcher::revisionChanged, this, &ActivityPage::refresh);
     refresh();
 }
 
@@ -74,6 +83,30 @@ void ActivityPage::refresh()
     m_clear->setEnabled(hasEntries);
     if (hasEntries)
         m_table->resizeColumnsToContents();
+
+    m_recoverable.clear();
+    for (const AuditEntry& entry : TrashRecovery::recoverableEntries(m_log))
+        m_recoverable.insert(entry.id);
+    updatePutBack();
+}
+
+void ActivityPage::updatePutBack()
+{
+    const QModelIndex current = m_table->selectionModel()->currentIndex();
+    const bool selected = current.isValid() && m_table->selectionModel()->isRowSelected(current.row());
+    m_putBack->setEnabled(selected && m_recoverable.contains(m_model->entryAt(current.row()).id));
+}
+
+void ActivityPage::putBackSelected()
+{
+    const QModelIndex current = m_table->selectionModel()->currentIndex();
+    if (!current.isValid())
+        return;
+    const AuditEntry entry = m_model->entryAt(current.row());
+    if (const auto failure = TrashRecovery::putBack(m_log, entry)) {
+        QMessageBox::warning(this, QStringLiteral("Couldn’t put it back"), failure->sentence());
+        refresh();
+    }
 }
 
 void ActivityPage::confirmClear()

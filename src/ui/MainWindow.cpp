@@ -5,6 +5,7 @@
 #include "app/UserDefaults.h"
 #include "ui/ActivityPage.h"
 #include "ui/AppMenu.h"
+#include "ui/DashboardPage.h"
 #include "ui/PlaceholderPage.h"
 #include "ui/SettingsWindow.h"
 #include "ui/SidebarView.h"
@@ -68,9 +69,7 @@ void MainWindow::buildSections()
     m_detail = new QStackedWidget(m_splitter);
     m_detail->setMinimumWidth(400);
     for (const Destination destination : Destinations::all()) {
-        QWidget* page = destination == Destination::auditLog
-            ? static_cast<QWidget*>(new ActivityPage(m_state.audit(), m_detail))
-            : new PlaceholderPage(destination, m_detail);
+        QWidget* page = makePage(destination);
         m_pages.insert(destination, page);
         m_detail->addWidget(page);
     }
@@ -79,6 +78,15 @@ void MainWindow::buildSections()
     m_splitter->setStretchFactor(1, 1);
     m_splitter->setSizes({sidebarWidth, width() - sidebarWidth});
     m_steps->addWidget(m_splitter);
+}
+
+QWidget* MainWindow::makePage(Destination destination)
+{
+    switch (destination) {
+    case Destination::dashboard: return new DashboardPage(m_state, m_detail);
+    case Destination::auditLog: return new ActivityPage(m_state.audit(), m_state.trashWatcher(), m_detail);
+    default: return new PlaceholderPage(destination, m_detail);
+    }
 }
 
 QWidget* MainWindow::currentPage() const

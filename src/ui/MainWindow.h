@@ -39,6 +39,7 @@ protected:
 
 private:
     void buildSections();
+    QWidget* makePage(Destination destination);
     void showSelection();
     void showStep(StartupFlow::Step step);
     void restoreSplitState();

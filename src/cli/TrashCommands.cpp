@@ -1,0 +1,120 @@
+#include "cli/Commands.h"
+
+#include "common/ByteCount.h"
+#include "common/JsonText.h"
+#include "common/StoragePaths.h"
+#include "removal/AuditLog.h"
+#include "removal/TrashLocations.h"
+#include "removal/TrashRecovery.h"
+#include "removal/TrashRequests.h"
+#include "removal/Trasher.h"
+
+namespace {
+
+const QString trashFeature = QStringLiteral("Trash");
+
+QByteArray resultJson(const TrashResult& result)
+{
+    QList<QByteArray> moved;
+    for (const TrashItem& item : result.succeeded)
+        moved.append(JsonObjectWriter()
+                         .add(u"path", item.path)
+                         .add(u"size", item.size)
+                         .add(u"trashPath", result.trashedURLs.value(item.path))
+                         .finish());
+    QList<QByteArray> failed;
+    for (const TrashFailure& failure : result.failed)
+        failed.append(JsonObjectWriter().add(u"path", failure.path).add(u"reason", failure.reason).finish());
+    return JsonObjectWriter()
+        .add(u"freed", result.freed)
+        .addRaw(u"moved", jsonArray(moved).trimmed())
+        .addRaw(u"failed", jsonArray(failed).trimmed())
+        .finish();
+}
+
+} // namespace
+
+int runTrashCommand(CommandContext& context)
+{
+    const bool json = takeFlag(context.arguments, QStringLiteral("--json"));
+    if (context.arguments.isEmpty()) {
+        context.err << "velloru trash: name at least one file or folder to move to the Trash.\n";
+        return 2;
+    }
+    AuditLog log(StoragePaths::dataFolder());
+    const TrashResult result = Trasher().moveToTrash(TrashRequests::measured(context.arguments));
+    recordTrashResult(log, trashFeature, result);
+
+    if (json) {
+        context.out << QString::fromUtf8(resultJson(result)) << '\n';
+    } else {
+        for (const TrashItem& item : result.succeeded)
+            context.out
+                << QStringLiteral("Moved to Trash  %1 → %2\n").arg(item.path, result.trashedURLs.value(item.path));
+        for (const TrashFailure& failure : result.failed)
+            context.out << QStringLiteral("Not moved       %1 — %2\n").arg(failure.path, failure.reason);
+        context.out << QStringLiteral("%1 moved (%2), %3 not moved.\n")
+                           .arg(result.succeeded.size())
+                           .arg(formatBytes(result.freed))
+                           .arg(result.failed.size());
+    }
+    return result.failed.isEmpty() ? 0 : 1;
+}
+
+int runPutBackCommand(CommandContext& context)
+{
+    if (context.arguments.size() != 1) {
+        context.err << "velloru put-back: name one activity entry — its id, or the start of it, as “velloru "
+                       "activity” shows.\n";
+        return 2;
+    }
+    AuditLog log(StoragePaths::dataFolder());
+    const auto entry = TrashRequests::findEntry(log, context.arguments.first());
+    if (!entry) {
+        context.err << QStringLiteral("velloru put-back: no single activity entry has the id “%1” — run “velloru "
+                                      "activity” to see them.\n")
+                           .arg(context.arguments.first());
+        return 2;
+    }
+    if (const auto failure = TrashRecovery::putBack(log, *entry)) {
+        context.err << failure->sentence() << '\n';
+        return 1;
+    }
+    context.out << QStringLiteral("Put back %1\n").arg(entry->path);
+    return 0;
+}
+
+int runTrashSummaryCommand(CommandContext& context)
+{
+    const bool json = takeFlag(context.arguments, QStringLiteral("--json"));
+    if (!context.arguments.isEmpty()) {
+        context.err << QStringLiteral("velloru trash-summary: unknown argument “%1” — the only option is --json.\n")
+                           .arg(context.arguments.first());
+        return 2;
+    }
+    const TrashLocations::Summary summary = TrashLocations::summarize();
+    if (json) {
+        QList<QByteArray> locations;
+        for (const QString& location : summary.locations)
+            locations.append(jsonString(location));
+        context.out << QString::fromUtf8(JsonObjectWriter()
+                                             .add(u"bytes", summary.bytes)
+                                             .add(u"items", summary.items)
+                                             .addRaw(u"locations", jsonArray(locations).trimmed())
+                                             .finish())
+                    << '\n';
+        return 0;
+    }
+    if (summary.items == 0) {
+        context.out << "The Trash is empty.\n";
+        return 0;
+    }
+    context.out << QStringLiteral("%1 %2, %3, in:\n")
+                       .arg(summary.items)
+                       .arg(summary.items == 1 ? QStringLiteral("item") : QStringLiteral("items"))
+                       .arg(formatBytes(summary.bytes));
+    for (const QString& location : summary.locations)
+        context.out << "  " << location << '\n';
+    context.out << TrashLocations::emptyWarning(summary) << '\n';
+    return 0;
+}

@@ -1,0 +1,8 @@
+#include "platform/Sandbox.h"
+
+#include <unistd.h>
+
+bool runningSandboxed()
+{
+    return ::access("/.flatpak-info", F_OK) == 0;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "removal/TrashLocations.h"
+
+#include <QWidget>
+
+#include <memory>
+#include <thread>
+
+class AppState;
+class QLabel;
+class QPushButton;
+
+// The dashboard: the space cleaned so far and what the Trash holds.
+class DashboardPage : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit DashboardPage(AppState& state, QWidget* parent = nullptr);
+    ~DashboardPage() override;
+
+    QLabel* trashSummaryLabel() const { return m_trashSummary; }
+    QLabel* trashWarningLabel() const { return m_trashWarning; }
+    QPushButton* emptyTrashButton() const { return m_emptyTrash; }
+
+Q_SIGNALS:
+    void trashSummaryShown();
+
+private:
+    void showTotals();
+    void refreshTrash();
+    void showTrash(const TrashLocations::Summary& summary);
+
+    AppState& m_state;
+    QLabel* m_totals = nullptr;
+    QLabel* m_trashSummary = nullptr;
+    QLabel* m_trashWarning = nullptr;
+    QPushButton* m_emptyTrash = nullptr;
+    std::unique_ptr<std::jthread> m_trashTask; // the Trash summary being measured, if any
+    bool m_trashChangedMeanwhile = false;
+};
