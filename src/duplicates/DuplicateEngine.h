@@ -1,0 +1,49 @@
+#pragma once
+
+#include "duplicates/EngineStats.h"
+#include "duplicates/VerifiedGroup.h"
+
+#include <functional>
+#include <mutex>
+#include <vector>
+
+struct Inventory;
+class VolumeHashCaches;
+
+// Turns an inventory into sets of files with identical content, cheapest test first: equal size, then
+// equal samples of both ends, then equal bytes throughout.
+class DuplicateEngine {
+public:
+    struct Callbacks {
+        // Called from the workers after each unit of work, with the stage's progress from 0 to 1.
+        std::function<void(const EngineStats&, double stageFraction)> progress;
+        // Called from the verify workers for each set as soon as it is proven.
+        std::function<void(const VerifiedGroup&)> confirmed;
+    };
+
+    struct Result {
+        std::vector<VerifiedGroup> groups;
+        EngineStats stats;
+    };
+
+    // `caches` may be null: then every candidate is sampled from its file.
+    static Result run(const Inventory& inventory, const VolumeHashCaches* caches, const Callbacks& callbacks,
+        const std::function<bool()>& cancelled);
+
+    // Same-size files in inventory order, in the order their buckets are handed out: most members first,
+    // and between equal counts the bucket whose first record comes later.
+    static std::vector<std::vector<std::uint32_t>> sizeBuckets(const Inventory& inventory, EngineStats& stats);
+
+    static int samplingWorkerCount(); // processors minus 2, kept between 2 and 6
+    static int verifyWorkerCount();   // processors minus 2, kept between 1 and 3
+
+    // What the workers of a stage share, guarded by `lock`.
+    struct Shared {
+        std::mutex lock;
+        EngineStats stats;
+        std::vector<VerifiedGroup> verified;
+        std::vector<std::vector<std::uint32_t>> pendingGroups; // sampled alike, to be proven
+        std::int64_t unitsDone = 0;
+        std::int64_t changedDuringScan = 0;
+    };
+};

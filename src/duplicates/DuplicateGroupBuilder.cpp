@@ -1,0 +1,62 @@
+#include "duplicates/DuplicateGroupBuilder.h"
+
+#include "duplicates/DuplicateRules.h"
+#include "duplicates/FileInventory.h"
+
+#include <QFile>
+
+#include <limits>
+
+namespace {
+
+QString decodedPath(const std::string& path)
+{
+    return QFile::decodeName(QByteArray::fromRawData(path.data(), qsizetype(path.size())));
+}
+
+DuplicateFile presentedFile(const Inventory& inventory, std::uint32_t index)
+{
+    const FileRecord& record = inventory.records[index];
+    DuplicateFile file;
+    file.id = QUuid::createUuid();
+    file.path = decodedPath(inventory.path(record));
+    file.size = std::int64_t(record.size);
+    file.fileID = record.fileID;
+    file.device = std::int32_t(record.device);
+    file.linkCount
+        = std::uint16_t(std::min<std::uint32_t>(record.linkCount, std::numeric_limits<std::uint16_t>::max()));
+    file.cloneRefCount = record.cloneRefCount;
+    file.flags = record.flags;
+    file.mtimeNsec = record.mtimeNsec;
+    file.createdSec = record.createdSec;
+    // Aliases are keyed by the full device number, which the record keeps only in its low 32 bits; on
+    // Linux every device number fits them.
+    const auto aliases = inventory.hardlinkAliases.find(FileIdentity{record.device, record.fileID});
+    if (aliases != inventory.hardlinkAliases.end())
+        for (const std::string& name : aliases->second)
+            file.otherNames.append(decodedPath(name));
+    file.reclaimable = DuplicateRules::reclaimableBytes(file);
+    return file;
+}
+
+} // namespace
+
+QList<DuplicateGroup> buildDuplicateGroups(
+    const Inventory& inventory, const std::vector<VerifiedGroup>& verified, const UserFolders& folders)
+{
+    QList<DuplicateGroup> groups;
+    groups.reserve(qsizetype(verified.size()));
+    for (const VerifiedGroup& proven : verified) {
+        DuplicateGroup group;
+        group.id = QUuid::createUuid();
+        group.size = std::int64_t(proven.size);
+        group.contentHash = proven.hash;
+        for (const std::uint32_t index : proven.members)
+            group.members.append(presentedFile(inventory, index));
+        group.keeperID = group.members[DuplicateRules::chooseKeeper(group.members, folders)].id;
+        group.selected = DuplicateRules::defaultSelection(group, folders);
+        groups.append(std::move(group));
+    }
+    DuplicateRules::sortGroups(groups);
+    return groups;
+}

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QString>
+
+struct InventoryStats;
+struct EngineStats;
+
+// The sentence shown after a scan about what was not looked at: cloud-only files, bundles measured whole,
+// folders that could not be opened and files that could not be read. Empty when everything was looked at.
+QString notScannedSummary(const InventoryStats& inventory, const EngineStats& engine);

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "duplicates/FileRecord.h"
+#include "platform/FileReading.h"
+
+#include <optional>
+#include <string>
+
+// Why a recorded file could not take part in a comparison.
+enum class ReadProblem {
+    none,
+    notPresentLocally, // a cloud placeholder: never downloaded
+    unreadable,
+    changed, // replaced, rewritten or resized since the inventory listed it
+};
+
+// A recorded file opened for reading, checked to be still the file the inventory saw: a file replaced or
+// rewritten between the stages is left out rather than compared under its old identity.
+struct RecordedFile {
+    std::optional<ReadOnlyFile> file;
+    ReadProblem problem = ReadProblem::none;
+
+    static RecordedFile open(const std::string& path, const FileRecord& record);
+};
+
+// The problem a failed read stands for.
+ReadProblem problemFromError(int error);

@@ -1,0 +1,75 @@
+#include "DuplicateFixtures.h"
+#include "TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <unistd.h>
+
+TEST(DuplicatesCommand, PrintsEachSetWithTheKeeperFirstAndTheTickedCopies)
+{
+    FixtureTree tree;
+    const QByteArray report = patternBytes(6000, 1);
+    tree.write(QStringLiteral("Downloads/report.pdf"), report);
+    const QString kept = tree.write(QStringLiteral("Documents/report.pdf"), report);
+    ASSERT_EQ(
+        ::link(QFile::encodeName(kept), QFile::encodeName(tree.path(QStringLiteral("Documents/report-link.pdf")))), 0);
+    tree.write(QStringLiteral("App.app/Contents/report.pdf"), report);
+    tree.write(QStringLiteral("small-a"), patternBytes(100, 2));
+    tree.write(QStringLiteral("small-b"), patternBytes(100, 2));
+
+    const CommandRun run = runVelloru({QStringLiteral("duplicates"), tree.path()});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    const QStringList lines = run.out.split(QLatin1Char('\n'));
+    ASSERT_GE(lines.size(), 5);
+    EXPECT_EQ(lines[0], QStringLiteral("Set 1 · 2 copies of 6.0 kB · frees 6.0 kB"));
+    // The two names of the kept file: whichever the folder listing gave first is the one shown.
+    ASSERT_TRUE(lines[1].startsWith(QStringLiteral("  keep  ")));
+    ASSERT_TRUE(lines[2].startsWith(QStringLiteral("        also named ")));
+    QStringList names = {lines[1].mid(8), lines[2].mid(19)};
+    names.sort();
+    EXPECT_EQ(names, QStringList({tree.path(QStringLiteral("Documents/report-link.pdf")), kept}));
+    EXPECT_EQ(lines[3], QStringLiteral("  [x]   %1").arg(tree.path(QStringLiteral("Downloads/report.pdf"))));
+    EXPECT_TRUE(run.out.contains(QStringLiteral("1 set · 6.0 kB can be freed.")));
+    EXPECT_TRUE(run.out.contains(QStringLiteral("1 app or library bundle was measured whole rather than opened up.")));
+    EXPECT_FALSE(run.out.contains(QStringLiteral("small-a"))) << "below the default minimum of 4,096 bytes";
+
+    const CommandRun json = runVelloru({QStringLiteral("duplicates"), tree.path(), QStringLiteral("--min-size"),
+        QStringLiteral("1"), QStringLiteral("--json")});
+    ASSERT_EQ(json.status, 0);
+    const QJsonObject document = QJsonDocument::fromJson(json.out.toUtf8()).object();
+    const QJsonArray sets = document[QStringLiteral("sets")].toArray();
+    ASSERT_EQ(sets.size(), 2);
+    EXPECT_EQ(document[QStringLiteral("minimumSize")].toInt(), 1);
+    const QJsonObject first = sets[0].toObject();
+    EXPECT_EQ(first[QStringLiteral("contentHash")].toString().size(), 32);
+    EXPECT_TRUE(first[QStringLiteral("members")].toArray()[0].toObject()[QStringLiteral("keeper")].toBool());
+}
+
+TEST(DuplicatesCommand, BadArgumentsGetASentenceAndStatusTwo)
+{
+    FixtureTree tree;
+    const struct {
+        QStringList arguments;
+        QString message;
+    } cases[] = {
+        {{QStringLiteral("--min-size"), QStringLiteral("lots")},
+            QStringLiteral("--min-size needs a whole number of bytes")},
+        {{QStringLiteral("--min-size")}, QStringLiteral("--min-size needs a whole number of bytes")},
+        {{QStringLiteral("--fast")}, QStringLiteral("unknown option “--fast”")},
+        {{tree.path(QStringLiteral("missing"))}, QStringLiteral("is not a folder — name existing folders to look in.")},
+        {{}, QStringLiteral("none of the usual folders")},
+    };
+    for (const auto& [arguments, message] : cases) {
+        const CommandRun run = runVelloru(
+            QStringList{QStringLiteral("duplicates")} + arguments, {{QStringLiteral("HOME"), tree.path()}});
+        EXPECT_EQ(run.status, 2) << arguments.join(' ').toStdString();
+        EXPECT_TRUE(run.err.contains(message)) << run.err.toStdString();
+        EXPECT_TRUE(run.out.isEmpty());
+    }
+}
