@@ -1,0 +1,169 @@
+#include "cli/Commands.h"
+#include "cli/TextTable.h"
+
+#include "common/ByteCount.h"
+#include "common/JsonText.h"
+#include "platform/Terminal.h"
+#include "usage/FastWalk.h"
+#include "usage/UsageItem.h"
+#include "usage/UsageTexts.h"
+#include "usage/WalkRoot.h"
+
+#include <QDir>
+#include <QLocale>
+
+namespace {
+
+struct UsageOptions {
+    QString path = QDir::currentPath();
+    int depth = 1;
+    bool json = false;
+};
+
+std::optional<UsageOptions> parseOptions(CommandContext& context)
+{
+    UsageOptions options;
+    bool pathGiven = false;
+    const QStringList& arguments = context.arguments;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const QString& argument = arguments[i];
+        if (argument == QLatin1String("--json")) {
+            options.json = true;
+        } else if (argument == QLatin1String("--depth")) {
+            bool ok = false;
+            options.depth = i + 1 < arguments.size() ? arguments[++i].toInt(&ok) : 0;
+            if (!ok || options.depth < 1) {
+                context.err << "velloru usage: --depth needs a whole number of at least 1.\n";
+                return std::nullopt;
+            }
+        } else if (!argument.startsWith(QLatin1Char('-')) && !pathGiven) {
+            options.path = argument;
+            pathGiven = true;
+        } else {
+            context.err << QStringLiteral("velloru usage: unknown option “%1” — the options are --depth N and "
+                                          "--json.\n")
+                               .arg(argument);
+            return std::nullopt;
+        }
+    }
+    return options;
+}
+
+// The table lists the biggest items of each folder; the small rest is summed up in one row so that a
+// deep listing stays readable. JSON lists everything.
+constexpr qsizetype rowsPerFolder = 25;
+
+QString shareText(qint64 bytes, qint64 total)
+{
+    return QStringLiteral("%1%").arg(100.0 * shareOf(bytes, total), 0, 'f', 1);
+}
+
+void addRows(TextTable& table, const QList<UsageItem>& items, qint64 total, int depth, int level)
+{
+    const QString indent(2 * level, QLatin1Char(' '));
+    for (qsizetype i = 0; i < std::min(items.size(), rowsPerFolder); ++i) {
+        const UsageItem& item = items[i];
+        const QString name = item.kind == UsageItem::Kind::files ? item.name : item.path;
+        table.addRow(
+            {formatBytes(item.bytes), shareText(item.bytes, total), QString::number(item.fileCount), indent + name});
+        if (level + 1 < depth && item.canOpen())
+            addRows(table, itemsOf(*item.node), total, depth, level + 1);
+    }
+    if (items.size() <= rowsPerFolder)
+        return;
+    qint64 bytes = 0;
+    qint64 files = 0;
+    for (qsizetype i = rowsPerFolder; i < items.size(); ++i) {
+        bytes += items[i].bytes;
+        files += items[i].fileCount;
+    }
+    table.addRow({formatBytes(bytes), shareText(bytes, total), QString::number(files),
+        indent + QStringLiteral("… %1 smaller items").arg(items.size() - rowsPerFolder)});
+}
+
+QByteArray itemsJson(const QList<UsageItem>& items, qint64 total, int depth, int level)
+{
+    QList<QByteArray> elements;
+    for (const UsageItem& item : items) {
+        JsonObjectWriter object;
+        object
+            .add(u"kind",
+                QString::fromLatin1(item.kind == UsageItem::Kind::files ? "files"
+                        : item.kind == UsageItem::Kind::package         ? "package"
+                                                                        : "folder"))
+            .add(u"name", item.name)
+            .add(u"path", item.path)
+            .add(u"bytes", item.bytes)
+            .add(u"share", shareOf(item.bytes, total))
+            .add(u"fileCount", item.fileCount);
+        if (level + 1 < depth && item.canOpen())
+            object.addRaw(u"items", itemsJson(itemsOf(*item.node), total, depth, level + 1).trimmed());
+        elements.append(object.finish());
+    }
+    return jsonArray(elements);
+}
+
+void showCounters(FastWalk& walk, QTextStream& err)
+{
+    const WalkCounters counters = walk.counters();
+    const QLocale locale;
+    err << QStringLiteral("\rMeasuring… %1 folders, %2 files, %3\x1b[K")
+               .arg(locale.toString(counters.foldersListed), locale.toString(counters.filesCounted),
+                   formatBytes(counters.bytesCounted));
+    err.flush();
+}
+
+} // namespace
+
+int runUsageCommand(CommandContext& context)
+{
+    const std::optional<UsageOptions> options = parseOptions(context);
+    if (!options)
+        return 2;
+    const std::optional<QString> root = resolveWalkRoot(options->path);
+    if (!root) {
+        context.err << UsageTexts::noSuchFolder(options->path) << '\n';
+        return 1;
+    }
+
+    FastWalk walk(toFileName(*root), {});
+    const bool showProgress = standardErrorIsTerminal();
+    std::optional<Progress> last;
+    for (;;) {
+        while (showProgress && !walk.waitFor(std::chrono::milliseconds(100)))
+            showCounters(walk, context.err);
+        std::optional<Progress> value = walk.next();
+        if (!value)
+            break;
+        last = std::move(value);
+    }
+    if (showProgress) {
+        context.err << "\r\x1b[K";
+        context.err.flush();
+    }
+    if (!last || !last->finished) {
+        context.err << UsageTexts::cannotExamine(*root) << '\n';
+        return 1;
+    }
+
+    const qint64 total = checkedAdd(last->measuredTotal, last->rootFileBytes);
+    const QList<UsageItem> items = itemsOf(*last, *root);
+    if (options->json) {
+        const QByteArray json = JsonObjectWriter()
+                                    .add(u"path", *root)
+                                    .add(u"total", total)
+                                    .add(u"rootFileBytes", qint64(last->rootFileBytes))
+                                    .add(u"rootFileCount", qint64(last->rootFileCount))
+                                    .addRaw(u"items", itemsJson(items, total, options->depth, 0).trimmed())
+                                    .finish();
+        context.out << QString::fromUtf8(json) << '\n';
+        return 0;
+    }
+    TextTable table(
+        {QStringLiteral("Size"), QStringLiteral("Share"), QStringLiteral("Files"), QStringLiteral("Folder")},
+        {true, true, true, false});
+    addRows(table, items, total, options->depth, 0);
+    table.print(context.out);
+    context.out << QStringLiteral("\nTotal %1 in %2 · %3\n").arg(formatBytes(total), *root, UsageTexts::allocatedNote);
+    return 0;
+}

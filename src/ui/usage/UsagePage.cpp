@@ -1,0 +1,285 @@
+#include "ui/usage/UsagePage.h"
+
+#include "app/UserDefaults.h"
+#include "common/ByteCount.h"
+#include "ui/Headings.h"
+#include "ui/usage/HoneycombChart.h"
+#include "ui/usage/RailChart.h"
+#include "ui/usage/UsageDetails.h"
+#include "usage/UsageTexts.h"
+#include "usage/WalkRoot.h"
+
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QDir>
+#include <QEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLocale>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSettings>
+#include <QStackedWidget>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace {
+
+QPushButton* button(const QString& text, const char* objectName, QWidget* parent)
+{
+    auto* result = new QPushButton(text, parent);
+    result->setObjectName(QLatin1String(objectName));
+    return result;
+}
+
+} // namespace
+
+UsagePage::UsagePage(QSettings& defaults, MoveToTrash moveToTrash, QWidget* parent)
+    : QWidget(parent)
+    , m_defaults(defaults)
+    , m_moveToTrash(std::move(moveToTrash))
+{
+    setObjectName(QStringLiteral("page-diskUsage"));
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(makeSourceRow());
+
+    auto* navigation = new QHBoxLayout;
+    m_back = button(QStringLiteral("‹ Back"), "usageBack", this);
+    m_path = new QLabel(this);
+    m_path->setObjectName(QStringLiteral("usagePath"));
+    m_path->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_status = new QLabel(this);
+    m_status->setObjectName(QStringLiteral("usageStatus"));
+    m_status->setEnabled(false);
+    navigation->addWidget(m_back);
+    navigation->addWidget(m_path, 1);
+    navigation->addWidget(m_status);
+    layout->addLayout(navigation);
+
+    auto* body = new QHBoxLayout;
+    m_charts = new QStackedWidget(this);
+    m_honeycomb = new HoneycombChart(m_charts);
+    m_rail = new RailChart(m_charts);
+    m_charts->addWidget(m_honeycomb);
+    m_charts->addWidget(m_rail);
+    body->addWidget(m_charts, 1);
+    body->addWidget(makeSidePanel());
+    layout->addLayout(body, 1);
+
+    auto* note = new QLabel(UsageTexts::allocatedNote, this);
+    note->setObjectName(QStringLiteral("usageNote"));
+    note->setEnabled(false);
+    layout->addWidget(note);
+
+    for (UsageChart* chart : {static_cast<UsageChart*>(m_honeycomb), static_cast<UsageChart*>(m_rail)}) {
+        connect(chart, &UsageChart::hoveredChanged, this, &UsagePage::showDetails);
+        connect(chart, &UsageChart::selectedChanged, this, [this, chart](int index) {
+            // Both charts keep one selection, so switching the style keeps it.
+            for (UsageChart* other : {static_cast<UsageChart*>(m_honeycomb), static_cast<UsageChart*>(m_rail)})
+                if (other != chart)
+                    other->setSelectedIndex(index);
+            showDetails();
+        });
+        connect(chart, &UsageChart::activated, this, &UsagePage::openItem);
+    }
+    connect(m_back, &QPushButton::clicked, &m_model, &UsageModel::back);
+    connect(&m_model, &UsageModel::itemsChanged, this, &UsagePage::showItems);
+    connect(&m_model, &UsageModel::progressChanged, this, &UsagePage::showProgress);
+    connect(&m_model, &UsageModel::measuringChanged, this, &UsagePage::showProgress);
+    applyChartStyle();
+    showItems();
+}
+
+QWidget* UsagePage::makeSourceRow()
+{
+    auto* row = new QWidget(this);
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto* title = makeHeading(QStringLiteral("Disk Usage"), row);
+    layout->addWidget(title);
+    layout->addStretch();
+
+    m_source = new QComboBox(row);
+    m_source->setObjectName(QStringLiteral("usageSource"));
+    m_source->setMaximumWidth(240);
+    m_source->addItem(QStringLiteral("Home Folder"), QDir::homePath());
+    for (const VolumeChoice& volume : mountedVolumes())
+        m_source->addItem(volume.name, volume.rootPath);
+    layout->addWidget(m_source);
+    auto* choose = button(QStringLiteral("Choose Folder…"), "usageChoose", row);
+    layout->addWidget(choose);
+    m_measure = button(QStringLiteral("Measure"), "usageMeasure", row);
+    layout->addWidget(m_measure);
+
+    connect(choose, &QPushButton::clicked, this, [this] {
+        const QString folder
+            = QFileDialog::getExistingDirectory(this, QStringLiteral("Choose a Folder to Measure"), m_model.rootPath());
+        if (!folder.isEmpty())
+            measure(folder);
+    });
+    connect(m_measure, &QPushButton::clicked, this, [this] {
+        if (m_model.isMeasuring())
+            m_model.cancel();
+        else
+            measure(m_source->currentData().toString());
+    });
+    return row;
+}
+
+QWidget* UsagePage::makeSidePanel()
+{
+    auto* panel = new QWidget(this);
+    panel->setFixedWidth(260);
+    auto* layout = new QVBoxLayout(panel);
+    layout->setContentsMargins(8, 0, 0, 0);
+    m_details = new UsageDetails(panel);
+    layout->addWidget(m_details);
+    m_open = button(QStringLiteral("Open"), "usageOpen", panel);
+    m_reveal = button(QStringLiteral("Reveal in File Manager"), "usageReveal", panel);
+    m_trash = button(QStringLiteral("Move to Trash…"), "usageTrash", panel);
+    if (!m_moveToTrash)
+        m_trash->setToolTip(QStringLiteral("The Trash mover is not available in this version of Velloru."));
+    for (QPushButton* action : {m_open, m_reveal, m_trash})
+        layout->addWidget(action);
+    layout->addStretch();
+
+    connect(m_open, &QPushButton::clicked, this, [this] { openItem(currentChart()->selectedIndex()); });
+    connect(m_reveal, &QPushButton::clicked, this, &UsagePage::revealSelected);
+    connect(m_trash, &QPushButton::clicked, this, &UsagePage::trashSelected);
+    return panel;
+}
+
+void UsagePage::measure(const QString& path)
+{
+    m_model.measure(path);
+    showProgress();
+}
+
+UsageChart* UsagePage::currentChart() const
+{
+    return static_cast<UsageChart*>(m_charts->currentWidget());
+}
+
+void UsagePage::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    applyChartStyle();
+}
+
+void UsagePage::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    // Coming back from the settings window is an activation of this window: the style may have changed.
+    if (event->type() == QEvent::ActivationChange)
+        applyChartStyle();
+}
+
+void UsagePage::applyChartStyle()
+{
+    const bool rail = m_defaults.value(DefaultsKey::chartStyle).toString() == QLatin1String("rail");
+    m_charts->setCurrentWidget(rail ? static_cast<QWidget*>(m_rail) : m_honeycomb);
+    showDetails();
+}
+
+void UsagePage::showItems()
+{
+    const QList<UsageItem> items = m_model.shownItems();
+    m_honeycomb->setItems(items, m_model.shownTotal());
+    m_rail->setItems(items, m_model.shownTotal());
+    m_back->setEnabled(m_model.canGoBack());
+    m_path->setText(m_model.rootPath().isEmpty()
+            ? QStringLiteral("Pick a volume or folder to see what takes its space.")
+            : m_model.shownPath());
+    showDetails();
+}
+
+void UsagePage::showProgress()
+{
+    const WalkCounters counters = m_model.counters();
+    const QString folders = QLocale().toString(counters.foldersListed);
+    if (!m_model.failure().isEmpty())
+        m_status->setText(m_model.failure());
+    else if (m_model.isMeasuring())
+        m_status->setText(
+            QStringLiteral("Measuring%1… %2 folders, %3 so far")
+                .arg(m_model.scanning().isEmpty() ? QString() : QStringLiteral(" “%1”").arg(m_model.scanning()),
+                    folders, formatBytes(counters.bytesCounted)));
+    else if (m_model.isComplete())
+        m_status->setText(QStringLiteral("%1 folders measured").arg(folders));
+    else if (!m_model.rootPath().isEmpty())
+        m_status->setText(
+            QStringLiteral("Stopped after %1 folders — the chart shows those measured so far.").arg(folders));
+    m_measure->setText(m_model.isMeasuring() ? QStringLiteral("Stop") : QStringLiteral("Measure"));
+    showDetails();
+}
+
+std::optional<UsageItem> UsagePage::selectedItem() const
+{
+    const UsageChart* chart = currentChart();
+    const int index = chart->selectedIndex();
+    if (index < 0 || index >= chart->items().size())
+        return std::nullopt;
+    return chart->items()[index];
+}
+
+void UsagePage::showDetails()
+{
+    const UsageChart* chart = currentChart();
+    const int index = chart->hoveredIndex() >= 0 ? chart->hoveredIndex() : chart->selectedIndex();
+    if (index >= 0 && index < chart->items().size()) {
+        m_details->show(chart->items()[index], chart->total());
+    } else if (!m_model.rootPath().isEmpty() && m_model.failure().isEmpty()) {
+        qint64 files = 0;
+        for (const UsageItem& item : chart->items())
+            files += item.fileCount;
+        m_details->showFolder(m_model.shownPath(), chart->total(), files);
+    } else {
+        m_details->clear();
+    }
+    const std::optional<UsageItem> selected = selectedItem();
+    m_open->setEnabled(selected && selected->canOpen());
+    m_reveal->setEnabled(!m_model.rootPath().isEmpty() && m_model.failure().isEmpty());
+    m_trash->setEnabled(
+        m_moveToTrash && selected && selected->kind != UsageItem::Kind::files && !m_model.isMeasuring());
+}
+
+void UsagePage::openItem(int index)
+{
+    if (m_model.open(index))
+        currentChart()->setSelectedIndex(-1);
+}
+
+void UsagePage::revealSelected()
+{
+    // A folder is shown in its parent; the files lying in a folder are shown in that folder.
+    const std::optional<UsageItem> selected = selectedItem();
+    const QString folder = !selected               ? m_model.shownPath()
+        : selected->kind == UsageItem::Kind::files ? selected->path
+                                                   : QFileInfo(selected->path).absolutePath();
+    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+}
+
+void UsagePage::trashSelected()
+{
+    const std::optional<UsageItem> selected = selectedItem();
+    if (!selected || !m_moveToTrash)
+        return;
+    QMessageBox confirm(QMessageBox::Question, QStringLiteral("Move to Trash"),
+        QStringLiteral("Move “%1” to the Trash?").arg(selected->name), QMessageBox::Cancel, this);
+    confirm.setObjectName(QStringLiteral("usageTrashConfirm"));
+    confirm.setInformativeText(
+        QStringLiteral("It takes %1 on disk. You can put it back from the Trash.").arg(formatBytes(selected->bytes)));
+    QPushButton* move = confirm.addButton(QStringLiteral("Move to Trash"), QMessageBox::DestructiveRole);
+    confirm.setDefaultButton(QMessageBox::Cancel);
+    confirm.exec();
+    if (confirm.clickedButton() != move)
+        return;
+    if (const std::optional<QString> failure = m_moveToTrash(selected->path)) {
+        QMessageBox::warning(this, QStringLiteral("Move to Trash"), *failure);
+        return;
+    }
+    // The measured tree no longer matches the disk: measure again.
+    measure(m_model.rootPath());
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "usage/UsageModel.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+class HoneycombChart;
+class QComboBox;
+class QLabel;
+class QPushButton;
+class QSettings;
+class QStackedWidget;
+class RailChart;
+class UsageChart;
+class UsageDetails;
+
+// Moves one item to the Trash; nothing on success, otherwise the sentence that says why it stayed.
+using MoveToTrash = std::function<std::optional<QString>(const QString& path)>;
+
+// The Disk Usage section: pick a volume or folder, watch its top-level folders fill the chart as they are
+// measured, open a folder to see inside it, and act on what takes the space.
+class UsagePage : public QWidget {
+    Q_OBJECT
+
+public:
+    // Without `moveToTrash` the Move to Trash action stays disabled.
+    UsagePage(QSettings& defaults, MoveToTrash moveToTrash, QWidget* parent = nullptr);
+
+    void measure(const QString& path);
+    UsageModel& model() { return m_model; }
+    HoneycombChart* honeycomb() const { return m_honeycomb; }
+    RailChart* rail() const { return m_rail; }
+    UsageChart* currentChart() const;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    QWidget* makeSourceRow();
+    QWidget* makeSidePanel();
+    void applyChartStyle();
+    void showItems();
+    void showProgress();
+    void showDetails();
+    void openItem(int index);
+    void revealSelected();
+    void trashSelected();
+    std::optional<UsageItem> selectedItem() const;
+
+    QSettings& m_defaults;
+    MoveToTrash m_moveToTrash;
+    UsageModel m_model;
+    QComboBox* m_source = nullptr;
+    QPushButton* m_measure = nullptr;
+    QPushButton* m_back = nullptr;
+    QLabel* m_path = nullptr;
+    QLabel* m_status = nullptr;
+    QStackedWidget* m_charts = nullptr;
+    HoneycombChart* m_honeycomb = nullptr;
+    RailChart* m_rail = nullptr;
+    UsageDetails* m_details = nullptr;
+    QPushButton* m_open = nullptr;
+    QPushButton* m_reveal = nullptr;
+    QPushButton* m_trash = nullptr;
+};

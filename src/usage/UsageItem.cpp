@@ -1,0 +1,55 @@
+#include "usage/UsageItem.h"
+
+#include "usage/UsageTexts.h"
+#include "usage/WalkRoot.h"
+
+#include <algorithm>
+
+namespace {
+
+UsageItem folderItem(const std::shared_ptr<const DirNode>& node)
+{
+    return UsageItem{node->isPackage ? UsageItem::Kind::package : UsageItem::Kind::folder, fromFileName(node->name),
+        fromFileName(node->path), node->total, node->totalFileCount, node};
+}
+
+// The files item carries the folder's own blocks too, so the items add up to the folder's total. It is
+// left out when the folder holds no files: a cell of "0 files" would only puzzle.
+void appendFiles(QList<UsageItem>& items, const QString& folderPath, qint64 bytes, qint64 count)
+{
+    if (count > 0)
+        items.append(UsageItem{UsageItem::Kind::files, UsageTexts::filesInFolder, folderPath, bytes, count, {}});
+}
+
+void sortLargestFirst(QList<UsageItem>& items)
+{
+    std::ranges::stable_sort(items, [](const UsageItem& a, const UsageItem& b) { return a.bytes > b.bytes; });
+}
+
+} // namespace
+
+QList<UsageItem> itemsOf(const DirNode& folder)
+{
+    QList<UsageItem> items;
+    for (const auto& child : folder.subdirectories)
+        items.append(folderItem(child));
+    appendFiles(
+        items, fromFileName(folder.path), folder.directFileBytes + folder.ownAllocatedSize, folder.directFileCount);
+    sortLargestFirst(items);
+    return items;
+}
+
+QList<UsageItem> itemsOf(const Progress& progress, const QString& rootPath)
+{
+    QList<UsageItem> items;
+    for (const auto& branch : progress.measured)
+        items.append(folderItem(branch));
+    appendFiles(items, rootPath, progress.rootFileBytes, progress.rootFileCount);
+    sortLargestFirst(items);
+    return items;
+}
+
+double shareOf(qint64 bytes, qint64 total)
+{
+    return total > 0 ? double(bytes) / double(total) : 0.0;
+}

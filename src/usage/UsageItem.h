@@ -1,0 +1,34 @@
+#pragma once
+
+#include "usage/DirNode.h"
+#include "usage/Progress.h"
+
+#include <QList>
+#include <QString>
+
+#include <memory>
+
+// One piece of a folder as the charts and the command line show it: a subfolder, a package shown whole,
+// or the files lying directly in the folder, which belong to no subfolder.
+struct UsageItem {
+    enum class Kind { folder, package, files };
+
+    Kind kind = Kind::folder;
+    QString name;
+    QString path; // for files: the folder they lie in
+    qint64 bytes = 0;
+    qint64 fileCount = 0;
+    std::shared_ptr<const DirNode> node; // none for files
+
+    // Only a folder with subfolders has more to show when opened.
+    bool canOpen() const { return kind == Kind::folder && node && !node->subdirectories.empty(); }
+};
+
+// The subfolders of `folder` and its own files as one more item, largest first.
+QList<UsageItem> itemsOf(const DirNode& folder);
+
+// The measured top-level folders of a walk and the files directly in its root, largest first.
+QList<UsageItem> itemsOf(const Progress& progress, const QString& rootPath);
+
+// The part of `total` that `bytes` is, from 0 to 1.
+double shareOf(qint64 bytes, qint64 total);

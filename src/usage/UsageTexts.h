@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+// The texts of the disk-usage feature, in one place so that they stay consistent between the window
+// and the command line.
+namespace UsageTexts {
+
+inline const QString allocatedNote = QStringLiteral("Sizes are allocated bytes on disk.");
+inline const QString filesInFolder = QStringLiteral("Files in this folder");
+inline QString noSuchFolder(const QString& path)
+{
+    return QStringLiteral("There is no folder at “%1” — check the path and try again.").arg(path);
+}
+inline QString cannotExamine(const QString& path)
+{
+    return QStringLiteral("Velloru can’t examine “%1” — check that the folder exists and that you may read it.")
+        .arg(path);
+}
+
+} // namespace UsageTexts

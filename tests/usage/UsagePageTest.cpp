@@ -1,0 +1,166 @@
+#include "ui/usage/UsagePage.h"
+#include "ui/usage/HoneycombChart.h"
+#include "ui/usage/RailChart.h"
+
+#include "TestSupport.h"
+#include "UsageFixtures.h"
+#include "app/UserDefaults.h"
+#include "ui/UiTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QLabel>
+#include <QPushButton>
+#include <QSettings>
+#include <QTest>
+
+namespace {
+
+int indexNamed(const UsageChart& chart, const QString& name)
+{
+    for (int i = 0; i < chart.items().size(); ++i)
+        if (chart.items()[i].name == name)
+            return i;
+    return -1;
+}
+
+QString detail(const UsagePage& page, const char* name)
+{
+    return page.findChild<QLabel*>(QLatin1String(name))->text();
+}
+
+QString detailedPath(const UsagePage& page)
+{
+    return page.findChild<QLabel*>(QStringLiteral("detailPath"))->toolTip();
+}
+
+void waitUntilMeasured(UsagePage& page)
+{
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !page.model().isMeasuring(); }, 20'000));
+}
+
+// A home-like folder: a large project folder with subfolders, a photo library shown whole, music, and
+// files lying in the folder itself.
+void buildHome(FixtureTree& tree)
+{
+    writeFileOfSize(tree.path("Projects/velloru/build/objects"), 3'000'000);
+    writeFileOfSize(tree.path("Projects/velloru/src/main.cpp"), 400'000);
+    writeFileOfSize(tree.path("Projects/website/index.html"), 900'000);
+    writeFileOfSize(tree.path("Projects/notes.txt"), 150'000);
+    writeFileOfSize(tree.path("Pictures/Trip.photoslibrary/originals/a.heic"), 1'800'000);
+    writeFileOfSize(tree.path("Pictures/Trip.photoslibrary/database/photos.db"), 300'000);
+    writeFileOfSize(tree.path("Music/album/track1.flac"), 1'100'000);
+    writeFileOfSize(tree.path("Music/album/track2.flac"), 1'000'000);
+    writeFileOfSize(tree.path("Downloads/installer.iso"), 700'000);
+    writeFileOfSize(tree.path(".cache/thumbnails/x.png"), 200'000);
+    writeFileOfSize(tree.path("todo.txt"), 250'000);
+}
+
+} // namespace
+
+TEST(UsagePage, FillsTheChartsDrillsIntoAFolderAndGoesBack)
+{
+    FixtureTree tree;
+    buildHome(tree);
+    FixtureTree settingsFolder; // outside the measured tree, which it would otherwise change
+    QSettings defaults(settingsFolder.path("settings.ini"), QSettings::IniFormat);
+    defaults.setValue(DefaultsKey::chartStyle, QStringLiteral("honeycomb"));
+    QStringList trashed;
+    UsagePage page(defaults, [&](const QString& path) -> std::optional<QString> {
+        trashed.append(path);
+        return std::nullopt;
+    });
+    page.resize(1000, 640);
+    page.show();
+    page.measure(tree.path());
+    waitUntilMeasured(page);
+
+    HoneycombChart& honeycomb = *page.honeycomb();
+    ASSERT_EQ(page.currentChart(), &honeycomb);
+    ASSERT_EQ(honeycomb.items().size(), 6) << "five folders and the files in the folder itself";
+    EXPECT_EQ(honeycomb.items().first().name, QStringLiteral("Projects"));
+    EXPECT_EQ(honeycomb.total(), duBytes(tree.path()));
+    EXPECT_GE(indexNamed(honeycomb, QStringLiteral("Files in this folder")), 0);
+    EXPECT_EQ(page.findChild<QLabel*>(QStringLiteral("usageNote"))->text(),
+        QStringLiteral("Sizes are allocated bytes on disk."));
+    saveScreenshot(page, QStringLiteral("usage-honeycomb"));
+
+    // Pointing at a cell shows what it holds; clicking selects it.
+    const int music = indexNamed(honeycomb, QStringLiteral("Music"));
+    ASSERT_TRUE(honeycomb.centreOf(music));
+    QTest::mouseClick(&honeycomb, Qt::LeftButton, {}, honeycomb.centreOf(music)->toPoint());
+    EXPECT_EQ(honeycomb.selectedIndex(), music);
+    EXPECT_EQ(detailedPath(page), tree.path("Music"));
+    EXPECT_EQ(detail(page, "detailFiles"), QStringLiteral("2 files"));
+    EXPECT_TRUE(detail(page, "detailShare").endsWith(QStringLiteral("% of the folder shown")));
+
+    // The photo library is one cell that cannot be opened.
+    const int pictures = indexNamed(honeycomb, QStringLiteral("Pictures"));
+    QTest::mouseDClick(&honeycomb, Qt::LeftButton, {}, honeycomb.centreOf(pictures)->toPoint());
+    ASSERT_EQ(page.model().shownPath(), tree.path("Pictures"));
+    ASSERT_EQ(honeycomb.items().size(), 1);
+    EXPECT_EQ(honeycomb.items().first().kind, UsageItem::Kind::package);
+    EXPECT_FALSE(honeycomb.items().first().canOpen());
+    page.findChild<QPushButton*>(QStringLiteral("usageBack"))->click();
+
+    // Double-clicking a folder opens it; Back returns.
+    const int projects = indexNamed(honeycomb, QStringLiteral("Projects"));
+    QTest::mouseDClick(&honeycomb, Qt::LeftButton, {}, honeycomb.centreOf(projects)->toPoint());
+    EXPECT_EQ(page.model().shownPath(), tree.path("Projects"));
+    EXPECT_EQ(page.findChild<QLabel*>(QStringLiteral("usagePath"))->text(), tree.path("Projects"));
+    ASSERT_EQ(honeycomb.items().size(), 3);
+    EXPECT_EQ(honeycomb.items().first().name, QStringLiteral("velloru"));
+    EXPECT_EQ(honeycomb.total(), duBytes(tree.path("Projects")));
+    saveScreenshot(page, QStringLiteral("usage-honeycomb-projects"));
+
+    // The rail shows the same folder once the setting changes.
+    defaults.setValue(DefaultsKey::chartStyle, QStringLiteral("rail"));
+    page.hide();
+    page.show();
+    RailChart& rail = *page.rail();
+    ASSERT_EQ(page.currentChart(), &rail);
+    EXPECT_EQ(rail.items().size(), 3);
+    const int website = indexNamed(rail, QStringLiteral("website"));
+    QTest::mouseClick(&rail, Qt::LeftButton, {}, rail.centreOf(website)->toPoint());
+    EXPECT_EQ(detailedPath(page), tree.path("Projects/website"));
+    saveScreenshot(page, QStringLiteral("usage-rail-projects"));
+
+    QPushButton* back = page.findChild<QPushButton*>(QStringLiteral("usageBack"));
+    ASSERT_TRUE(back->isEnabled());
+    back->click();
+    EXPECT_EQ(page.model().shownPath(), tree.path());
+    EXPECT_FALSE(back->isEnabled());
+    saveScreenshot(page, QStringLiteral("usage-rail"));
+
+    // Moving a folder to the Trash asks first, then measures again.
+    QTest::mouseClick(
+        &rail, Qt::LeftButton, {}, rail.centreOf(indexNamed(rail, QStringLiteral("Downloads")))->toPoint());
+    QPushButton* trash = page.findChild<QPushButton*>(QStringLiteral("usageTrash"));
+    ASSERT_TRUE(trash->isEnabled());
+    answerNextMessageBox(QStringLiteral("Move to Trash"));
+    trash->click();
+    EXPECT_EQ(trashed, QStringList{tree.path("Downloads")});
+    waitUntilMeasured(page);
+}
+
+TEST(UsagePage, WithoutATrashMoverTheActionIsDisabledAndSaysWhy)
+{
+    FixtureTree tree;
+    buildHome(tree);
+    FixtureTree settingsFolder; // outside the measured tree, which it would otherwise change
+    QSettings defaults(settingsFolder.path("settings.ini"), QSettings::IniFormat);
+    UsagePage page(defaults, {});
+    page.resize(800, 500);
+    page.show();
+    page.measure(tree.path("Music"));
+    waitUntilMeasured(page);
+    UsageChart& chart = *page.currentChart();
+    chart.setSelectedIndex(indexNamed(chart, QStringLiteral("album")));
+    QPushButton* trash = page.findChild<QPushButton*>(QStringLiteral("usageTrash"));
+    EXPECT_FALSE(trash->isEnabled());
+    EXPECT_EQ(trash->toolTip(), QStringLiteral("The Trash mover is not available in this version of Velloru."));
+
+    page.measure(tree.path("nowhere"));
+    EXPECT_EQ(page.findChild<QLabel*>(QStringLiteral("usageStatus"))->text(),
+        QStringLiteral("There is no folder at “%1” — check the path and try again.").arg(tree.path("nowhere")));
+}
