@@ -1,0 +1,42 @@
+#pragma once
+
+#include "apps/InstalledApp.h"
+#include "platform/ProcessTable.h"
+
+#include <QObject>
+#include <QSet>
+
+class AppInventory;
+class QTimer;
+
+// Which apps and background programs are running, read from /proc on a timer (Linux announces no app
+// launches). Owned by AppState and read on the main thread; a scan works from a snapshot of the set.
+class RunningMonitor : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr int refreshIntervalMs = 5000;
+
+    explicit RunningMonitor(const AppInventory& inventory, QObject* parent = nullptr);
+
+    // Lower-cased: the program names of every process, the Flatpak app ids, and the desktop-file ids and
+    // program names of the installed apps those processes belong to.
+    const QSet<QString>& runningBundleIDs() const { return m_runningBundleIDs; }
+    bool isRunning(const QString& bundleID) const { return m_runningBundleIDs.contains(bundleID.toLower()); }
+
+    // Reads the process table now.
+    void refresh();
+
+    // The set above for these processes and apps. A process belongs to an app when its program name equals
+    // the app's, when it runs the Flatpak app, or when its program lies in the app's own program folder
+    // (as Chrome's does under /opt/google/chrome; the shared bin folders do not count).
+    static QSet<QString> identifiersOf(const QList<ProcessInfo>& processes, const QList<InstalledApp>& apps);
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    const AppInventory& m_inventory;
+    QSet<QString> m_runningBundleIDs;
+    QTimer* m_timer = nullptr;
+};
