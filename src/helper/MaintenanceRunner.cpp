@@ -1,0 +1,44 @@
+#include "helper/MaintenanceRunner.h"
+
+#include "helper/HelperManager.h"
+#include "platform/MaintenanceCommands.h"
+#include "removal/AuditLog.h"
+
+#include <QPointer>
+#include <QStorageInfo>
+
+LiveReading readLiveMeter()
+{
+    const QStorageInfo root(QStringLiteral("/"));
+    return {root.isValid() ? std::optional<qint64>(root.bytesAvailable()) : std::nullopt, cachedFileMemory()};
+}
+
+namespace {
+
+std::optional<qint64> measured(const LiveReading& reading, MaintenanceTask::Measure measure)
+{
+    return measure == MaintenanceTask::Measure::freeSpace ? reading.freeSpace : reading.cachedMemory;
+}
+
+} // namespace
+
+void runMaintenanceTask(
+    HelperManager& helper, AuditLog& log, const MaintenanceTask& task, std::function<void(MaintenanceOutcome)> done)
+{
+    const LiveReading before = readLiveMeter();
+    QPointer<AuditLog> logGuard(&log);
+    helper.run(task.rawValue, std::chrono::seconds(Maintenance::taskTimeoutSeconds),
+        [task, before, logGuard, done = std::move(done)](TaskResult result) {
+            QString line = result.message;
+            if (result.success) {
+                const LiveReading after = readLiveMeter();
+                if (const auto change
+                    = Maintenance::measuredChange(task, measured(before, task.measure), measured(after, task.measure)))
+                    line += QStringLiteral(" ") + *change;
+            }
+            if (logGuard)
+                logGuard->recordAction(Maintenance::feature, task.title,
+                    result.success ? line : QStringLiteral("Failed: ") + result.message);
+            done({result.success, line});
+        });
+}

@@ -1,0 +1,141 @@
+#include "helper/daemon/HelperServer.h"
+
+#include "helper/HelperProtocol.h"
+#include "platform/PeerCredentials.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QLocalSocket>
+#include <QPointer>
+
+namespace {
+
+void helperLog(const QString& message)
+{
+    qInfo().noquote() << QStringLiteral("Velloru helper: ") + message;
+}
+
+} // namespace
+
+HelperServer::HelperServer(QSet<unsigned> allowedUids, HelperOperations operations, QObject* parent)
+    : QObject(parent)
+    , m_allowedUids(std::move(allowedUids))
+    , m_operations(std::move(operations))
+{
+    connect(&m_server, &QLocalServer::newConnection, this, &HelperServer::accept);
+}
+
+HelperServer::~HelperServer()
+{
+    // The jobs refer to the operations; wait for them before those go.
+    m_jobs.clear();
+}
+
+std::optional<QString> HelperServer::listen(const QString& socketPath)
+{
+    QDir().mkpath(QFileInfo(socketPath).absolutePath());
+    QLocalServer::removeServer(socketPath);
+    // Anyone may connect; who is served is decided per connection from the kernel's peer credentials.
+    m_server.setSocketOptions(QLocalServer::WorldAccessOption);
+    if (!m_server.listen(socketPath))
+        return QStringLiteral("Couldn’t listen on %1 — %2.").arg(socketPath, m_server.errorString());
+    helperLog(QStringLiteral("listening socket=%1 version=%2").arg(socketPath, HelperProtocol::version));
+    return std::nullopt;
+}
+
+std::optional<QString> HelperServer::adopt(int listeningSocket)
+{
+    if (!m_server.listen(qintptr(listeningSocket)))
+        return QStringLiteral("Couldn’t serve the socket systemd handed over — %1.").arg(m_server.errorString());
+    helperLog(QStringLiteral("serving the socket systemd handed over version=%1").arg(HelperProtocol::version));
+    return std::nullopt;
+}
+
+void HelperServer::accept()
+{
+    while (QLocalSocket* socket = m_server.nextPendingConnection()) {
+        const auto uid = peerUid(int(socket->socketDescriptor()));
+        if (!uid || (*uid != 0 && !m_allowedUids.contains(*uid))) {
+            helperLog(QStringLiteral("refused connection uid=%1")
+                          .arg(uid ? QString::number(*uid) : QStringLiteral("unknown")));
+            socket->abort();
+            socket->deleteLater();
+            continue;
+        }
+        m_peers.insert(socket, {*uid, {}});
+        connect(socket, &QLocalSocket::readyRead, this, [this, socket] { read(socket); });
+        connect(socket, &QLocalSocket::disconnected, this, [this, socket] {
+            m_peers.remove(socket);
+            socket->deleteLater();
+        });
+    }
+}
+
+void HelperServer::read(QLocalSocket* socket)
+{
+    Peer& peer = m_peers[socket];
+    peer.buffer += socket->readAll();
+    for (;;) {
+        const HelperProtocol::Unframed unframed = HelperProtocol::takeMessage(peer.buffer);
+        if (unframed.malformed) {
+            helperLog(QStringLiteral("malformed message, closing uid=%1").arg(peer.uid));
+            socket->abort();
+            return;
+        }
+        if (!unframed.message)
+            return;
+        handle(socket, *unframed.message);
+    }
+}
+
+void HelperServer::handle(QLocalSocket* socket, const QJsonObject& request)
+{
+    namespace Op = HelperProtocol::Op;
+    const qint64 id = request.value(u"id").toInteger();
+    const QString op = request.value(u"op").toString();
+    const QJsonObject arguments = request.value(u"args").toObject();
+    const unsigned uid = m_peers.value(socket).uid;
+    helperLog(QStringLiteral("request op=%1 id=%2 uid=%3").arg(op).arg(id).arg(uid));
+
+    if (op == Op::version) {
+        send(socket, id, {{QStringLiteral("version"), HelperProtocol::version}});
+        return;
+    }
+    if (op == Op::shutdown) {
+        // A job is never cut short: the helper stays until its work is done.
+        const bool accepted = m_inFlight == 0;
+        send(socket, id, {{QStringLiteral("accepted"), accepted}});
+        if (accepted)
+            Q_EMIT shutdownAccepted();
+        return;
+    }
+    if (!HelperOperations::isLong(op)) {
+        send(socket, id, m_operations.perform(op, arguments, uid));
+        return;
+    }
+
+    ++m_inFlight;
+    const quint64 job = m_nextJob++;
+    QPointer<QLocalSocket> replyTo(socket);
+    m_jobs.insert(job, std::make_shared<std::jthread>([this, job, replyTo, id, op, arguments, uid] {
+        QJsonObject reply = m_operations.perform(op, arguments, uid);
+        QMetaObject::invokeMethod(
+            this,
+            [this, job, replyTo, id, reply] {
+                --m_inFlight;
+                if (replyTo)
+                    send(replyTo, id, reply);
+                // Detach from the hash first: this thread is finishing and is joined when the last owner goes.
+                if (auto finished = m_jobs.take(job))
+                    finished->detach();
+            },
+            Qt::QueuedConnection);
+    }));
+}
+
+void HelperServer::send(QLocalSocket* socket, qint64 id, const QJsonObject& reply)
+{
+    socket->write(HelperProtocol::frame({{QStringLiteral("id"), id}, {QStringLiteral("reply"), reply}}));
+    socket->flush();
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "helper/daemon/HelperOperations.h"
+
+#include <QHash>
+#include <QLocalServer>
+#include <QObject>
+#include <QSet>
+
+#include <memory>
+#include <thread>
+
+class QLocalSocket;
+
+// The helper's listening side: accepts connections only from the allowed users (checked with the
+// kernel's peer credentials), reads framed requests, answers each exactly once, and runs long work on
+// threads of its own so that it can still answer (and refuse to shut down) while work is in flight.
+class HelperServer : public QObject {
+    Q_OBJECT
+
+public:
+    HelperServer(QSet<unsigned> allowedUids, HelperOperations operations, QObject* parent = nullptr);
+    ~HelperServer() override;
+
+    // Listens on `socketPath`, replacing a stale socket file; a sentence saying what failed otherwise.
+    std::optional<QString> listen(const QString& socketPath);
+    // Serves a socket that is already listening (handed over by systemd).
+    std::optional<QString> adopt(int listeningSocket);
+
+Q_SIGNALS:
+    // The helper agreed to exit.
+    void shutdownAccepted();
+
+private:
+    struct Peer {
+        unsigned uid = 0;
+        QByteArray buffer;
+    };
+
+    void accept();
+    void read(QLocalSocket* socket);
+    void handle(QLocalSocket* socket, const QJsonObject& request);
+    void send(QLocalSocket* socket, qint64 id, const QJsonObject& reply);
+
+    QSet<unsigned> m_allowedUids;
+    HelperOperations m_operations;
+    QLocalServer m_server;
+    QHash<QLocalSocket*, Peer> m_peers;
+    int m_inFlight = 0; // long jobs running now; read and written on the server's thread only
+    quint64 m_nextJob = 0;
+    QHash<quint64, std::shared_ptr<std::jthread>> m_jobs;
+};

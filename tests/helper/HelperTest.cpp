@@ -1,0 +1,333 @@
+#include "helper/HelperManager.h"
+#include "helper/HelperProtocol.h"
+#include "helper/HelperTexts.h"
+#include "helper/HelperTrash.h"
+#include "helper/MaintenanceRunner.h"
+#include "platform/TrashStore.h"
+#include "removal/AuditLog.h"
+
+#include "TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QTest>
+
+#include <cstring>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+// The real helper daemon on a socket of its own, with quick stand-in programs for its tasks.
+class HelperDaemonTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        QFile::setPermissions(tree.path(), QFileDevice::Permissions(0x7755));
+        tree.write(QStringLiteral("tasks.json"),
+            R"({"hang": [["sleep", "30"]], "slow": [["sleep", "2"]], "quick": [["true"]], "broken": [["false"]]})");
+        socketPath = tree.path(QStringLiteral("run/helper.sock"));
+        daemon.setProcessChannelMode(QProcess::MergedChannels);
+        daemon.start(QStringLiteral(VELLORU_HELPER_BINARY),
+            {QStringLiteral("--socket"), socketPath, QStringLiteral("--tasks"), tree.path(QStringLiteral("tasks.json")),
+                QStringLiteral("--task-timeout"), QStringLiteral("20"), QStringLiteral("--allow-uid"),
+                QStringLiteral("65534")});
+        ASSERT_TRUE(daemon.waitForStarted());
+        for (int i = 0; i < 100 && !QFileInfo::exists(socketPath); ++i)
+            QTest::qWait(20);
+        ASSERT_TRUE(QFileInfo::exists(socketPath)) << daemon.readAll().toStdString();
+        helper = std::make_unique<HelperManager>(socketPath);
+        helper->setState(HelperManager::State::ready);
+    }
+
+    void TearDown() override
+    {
+        helper.reset();
+        daemon.kill();
+        daemon.waitForFinished();
+    }
+
+    // Runs a task and waits for its one answer.
+    TaskResult runTask(const QString& task, std::chrono::milliseconds timeout)
+    {
+        std::optional<TaskResult> result;
+        helper->run(task, timeout, [&result](TaskResult r) { result = r; });
+        for (int i = 0; i < 1000 && !result; ++i)
+            QTest::qWait(10);
+        return result.value_or(TaskResult{false, QStringLiteral("no callback"), 0});
+    }
+
+    HelperManager::Reply callAndWait(const QString& op, const QJsonObject& arguments)
+    {
+        std::optional<HelperManager::Reply> reply;
+        helper->call(op, arguments, 5s, [&reply](HelperManager::Reply r) { reply = std::move(r); });
+        for (int i = 0; i < 500 && !reply; ++i)
+            QTest::qWait(10);
+        return reply.value_or(QStringLiteral("no callback"));
+    }
+
+    FixtureTree tree;
+    QString socketPath;
+    QProcess daemon;
+    std::unique_ptr<HelperManager> helper;
+};
+
+} // namespace
+
+TEST_F(HelperDaemonTest, AnswersVersionTasksAndRefusesPathsOutsideItsReach)
+{
+    std::optional<QString> version;
+    helper->installedHelperVersion(
+        5s, [&version](std::optional<QString> v) { version = v.value_or(QStringLiteral("none")); });
+    while (!version)
+        QTest::qWait(10);
+    EXPECT_EQ(*version, HelperProtocol::version);
+
+    EXPECT_TRUE(runTask(QStringLiteral("quick"), 5s).success);
+    const TaskResult broken = runTask(QStringLiteral("broken"), 5s);
+    EXPECT_FALSE(broken.success);
+    EXPECT_EQ(broken.message, QStringLiteral("false failed (exit status 1)."));
+    EXPECT_FALSE(runTask(QStringLiteral("nonsense"), 5s).success);
+
+    const auto refused = std::get<QJsonObject>(
+        callAndWait(HelperProtocol::Op::listChildren, {{QStringLiteral("folder"), QStringLiteral("/proc/self")}}));
+    EXPECT_TRUE(refused.value(u"error").toString().contains(QStringLiteral("virtual file systems")));
+    tree.write(QStringLiteral("data/a.bin"), QByteArray(1000, 'a'));
+    const auto sizes = std::get<QJsonObject>(callAndWait(HelperProtocol::Op::sizesOfPaths,
+        {{QStringLiteral("paths"),
+            QJsonArray{
+                tree.path(QStringLiteral("data")), QStringLiteral("/sys/kernel"), QStringLiteral("relative/path")}}}));
+    EXPECT_EQ(sizes.value(u"sizes").toObject().value(tree.path(QStringLiteral("data"))).toInteger(), 1000);
+    EXPECT_EQ(sizes.value(u"sizes").toObject().size(), 1);
+    EXPECT_EQ(helper->connectionUsers(), 0);
+    EXPECT_TRUE(daemon.readAll().contains("Velloru helper: request op=sizesOfPaths"));
+}
+
+TEST_F(HelperDaemonTest, SilenceBecomesNoAnswerAndALateReplyIsIgnored)
+{
+    EXPECT_EQ(runTask(QStringLiteral("hang"), 300ms).message, HelperTexts::noAnswer());
+
+    int callbacks = 0;
+    helper->run(QStringLiteral("slow"), 500ms, [&callbacks](TaskResult result) {
+        ++callbacks;
+        EXPECT_EQ(result.message, HelperTexts::noAnswer());
+    });
+    QTest::qWait(2800); // the helper answers after two seconds, long after the limit
+    EXPECT_EQ(callbacks, 1);
+    EXPECT_TRUE(runTask(QStringLiteral("quick"), 5s).success); // the connection still serves
+}
+
+TEST_F(HelperDaemonTest, AMaintenanceRunIsRecordedInTheActivityLog)
+{
+    AuditLog log(tree.path(QStringLiteral("Velloru")));
+    const MaintenanceTask task{QStringLiteral("quick"), QStringLiteral("Quick Task"), {}, {}, {}};
+    std::optional<MaintenanceOutcome> outcome;
+    runMaintenanceTask(*helper, log, task, [&outcome](MaintenanceOutcome o) { outcome = o; });
+    while (!outcome)
+        QTest::qWait(10);
+    EXPECT_TRUE(outcome->success);
+    const MaintenanceTask broken{QStringLiteral("broken"), QStringLiteral("Broken Task"), {}, {}, {}};
+    outcome.reset();
+    runMaintenanceTask(*helper, log, broken, [&outcome](MaintenanceOutcome o) { outcome = o; });
+    while (!outcome)
+        QTest::qWait(10);
+    EXPECT_FALSE(outcome->success);
+
+    ASSERT_EQ(log.entries().size(), 2);
+    EXPECT_EQ(log.entries()[0].feature, QStringLiteral("Maintenance"));
+    EXPECT_EQ(log.entries()[0].path, QStringLiteral("Quick Task"));
+    EXPECT_EQ(log.entries()[0].subjectKind, AuditSubject::action);
+    EXPECT_EQ(log.entries()[1].outcome, QStringLiteral("Failed: false failed (exit status 1)."));
+}
+
+TEST_F(HelperDaemonTest, MovesRootOwnedItemsIntoTheCallersTrashAndNothingOutsideItsReach)
+{
+    const QString userTrash = tree.makeFolder(QStringLiteral("user/Trash"));
+    const QString file = tree.write(QStringLiteral("system/old.conf"), "root's");
+    HelperTrash trash(
+        socketPath, [] { return true; }, userTrash);
+    const PrivilegedTrash::Outcome moved = trash.moveToTrash(file, 10s);
+    ASSERT_TRUE(moved.moved) << moved.reason.toStdString();
+    EXPECT_EQ(moved.trashedPath, userTrash + QStringLiteral("/files/old.conf"));
+    EXPECT_TRUE(readWholeFile(userTrash + QStringLiteral("/info/old.conf.trashinfo"))
+                    .contains("Path=" + QFile::encodeName(file)));
+
+    const PrivilegedTrash::Outcome refused = trash.moveToTrash(QStringLiteral("/etc/velloru-test-not-here"), 10s);
+    EXPECT_FALSE(refused.moved);
+    EXPECT_TRUE(refused.reason.contains(QStringLiteral("outside the folders the helper may change")))
+        << refused.reason.toStdString();
+    const PrivilegedTrash::Outcome relative = trash.moveToTrash(QStringLiteral("system/x"), 10s);
+    EXPECT_FALSE(relative.moved);
+}
+
+TEST_F(HelperDaemonTest, EmptiesTheTrashWithoutFollowingLinks)
+{
+    tree.write(QStringLiteral("elsewhere/keep.txt"), "keep");
+    QDir().mkpath(homeTrashPath() + QStringLiteral("/files/folder"));
+    QDir().mkpath(homeTrashPath() + QStringLiteral("/info"));
+    QFile::link(tree.path(QStringLiteral("elsewhere")), homeTrashPath() + QStringLiteral("/files/link"));
+    QFile one(homeTrashPath() + QStringLiteral("/files/folder/a.bin"));
+    ASSERT_TRUE(one.open(QIODevice::WriteOnly));
+    one.write(QByteArray(5000, 'a'));
+    one.close();
+
+    std::optional<TaskResult> result;
+    helper->emptyTrash(10s, [&result](TaskResult r) { result = r; });
+    while (!result)
+        QTest::qWait(10);
+    ASSERT_TRUE(result->success) << result->message.toStdString();
+    EXPECT_TRUE(QDir(homeTrashPath() + QStringLiteral("/files")).isEmpty());
+    EXPECT_EQ(readWholeFile(tree.path(QStringLiteral("elsewhere/keep.txt"))), "keep"); // the link was not followed
+    EXPECT_GE(result->freedBytes, 5000);
+}
+
+TEST_F(HelperDaemonTest, TheTrashMoverAsksTheHelperForRootOwnedItems)
+{
+    if (!runningAsRoot())
+        GTEST_SKIP() << "needs root to run Velloru as another user";
+    // "nobody" trashes a file in a folder root owns; the helper is asked and refuses, since nobody's Trash
+    // is not inside nobody's home.
+    const QString file = tree.write(QStringLiteral("system/setting.conf"), "root's");
+    QFile::setPermissions(tree.path(QStringLiteral("system")), QFileDevice::Permissions(0x7755));
+    const QString home = tree.makeFolder(QStringLiteral("nobody"));
+    ASSERT_EQ(::chown(QFile::encodeName(home).constData(), 65534, 65534), 0);
+    QProcess velloru;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("HOME"), home);
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), home + QStringLiteral("/data"));
+    environment.insert(QStringLiteral("VELLORU_HELPER_SOCKET"), socketPath);
+    velloru.setProcessEnvironment(environment);
+    velloru.start(QStringLiteral("setpriv"),
+        {QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"), QStringLiteral("--clear-groups"),
+            QStringLiteral("--"), QStringLiteral(VELLORU_BINARY), QStringLiteral("trash"), file});
+    ASSERT_TRUE(velloru.waitForFinished(30'000));
+    const QString out = QString::fromUtf8(velloru.readAllStandardOutput());
+    if (out.isEmpty())
+        GTEST_SKIP() << "the program cannot run as another user here";
+    EXPECT_TRUE(
+        out.contains(QStringLiteral("Root owns this and Velloru's helper wouldn't remove it — it's outside what "
+                                    "the helper will ever touch. ")))
+        << out.toStdString();
+    EXPECT_TRUE(out.contains(QStringLiteral("is not inside your home folder"))) << out.toStdString();
+    EXPECT_EQ(readWholeFile(file), "root's");
+    QTest::qWait(200);
+    EXPECT_TRUE(daemon.readAll().contains("request op=moveItemsToTrash id=1 uid=65534"));
+}
+
+TEST_F(HelperDaemonTest, ShutdownIsRefusedWhileAJobRuns)
+{
+    std::optional<TaskResult> slow;
+    helper->run(QStringLiteral("slow"), 10s, [&slow](TaskResult r) { slow = r; });
+    QTest::qWait(200);
+    std::optional<HelperManager::ShutdownOutcome> outcome;
+    helper->shutdownHelper(5s, [&outcome](HelperManager::ShutdownOutcome o) { outcome = o; });
+    while (!outcome)
+        QTest::qWait(10);
+    EXPECT_EQ(*outcome, HelperManager::ShutdownOutcome::refused);
+
+    while (!slow)
+        QTest::qWait(10);
+    EXPECT_TRUE(slow->success);
+    outcome.reset();
+    helper->shutdownHelper(5s, [&outcome](HelperManager::ShutdownOutcome o) { outcome = o; });
+    while (!outcome)
+        QTest::qWait(10);
+    EXPECT_EQ(*outcome, HelperManager::ShutdownOutcome::accepted);
+    EXPECT_TRUE(daemon.state() == QProcess::NotRunning || daemon.waitForFinished(5000));
+}
+
+TEST_F(HelperDaemonTest, APeerOfAnotherUserIsRefused)
+{
+    if (!runningAsRoot())
+        GTEST_SKIP() << "needs root to connect as another user";
+    // A child process becomes a user the helper does not serve, connects, asks for the version and reports
+    // whether anything came back.
+    const QByteArray path = QFile::encodeName(socketPath);
+    const QByteArray request
+        = HelperProtocol::frame({{QStringLiteral("id"), 1}, {QStringLiteral("op"), QStringLiteral("version")}});
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::setgid(4242) != 0 || ::setuid(4242) != 0)
+            ::_exit(3);
+        const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::memcpy(address.sun_path, path.constData(), std::min<size_t>(path.size(), sizeof address.sun_path - 1));
+        if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
+            ::_exit(4);
+        (void)!::write(fd, request.constData(), size_t(request.size()));
+        char answer[64];
+        const ssize_t read = ::read(fd, answer, sizeof answer);
+        ::_exit(read > 0 ? 1 : 0);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "the helper answered another user";
+    QTest::qWait(100);
+    EXPECT_TRUE(daemon.readAll().contains("Velloru helper: refused connection uid=4242"));
+}
+
+TEST(HelperManager, AnswersAtOnceWhenNotSetUpOrStopped)
+{
+    HelperManager helper(QStringLiteral("/nonexistent/helper.sock"));
+    TaskResult result;
+    helper.run(QStringLiteral("flushDNS"), 1s, [&result](TaskResult r) { result = r; });
+    EXPECT_EQ(result.message, HelperTexts::notSetUp());
+
+    helper.setState(HelperManager::State::ready);
+    helper.stopBackground();
+    helper.run(QStringLiteral("flushDNS"), 1s, [&result](TaskResult r) { result = r; });
+    EXPECT_EQ(result.message, HelperTexts::unavailable());
+}
+
+TEST(HelperManager, AnErrorAfterAReplyIsIgnoredAndAnErrorBeforeOneEndsTheCall)
+{
+    FixtureTree tree;
+    QLocalServer fake;
+    ASSERT_TRUE(fake.listen(tree.path(QStringLiteral("fake.sock"))));
+    // Answers the first request and hangs up at once; says nothing to the second and hangs up.
+    int requests = 0;
+    QObject::connect(&fake, &QLocalServer::newConnection, [&] {
+        QLocalSocket* peer = fake.nextPendingConnection();
+        QObject::connect(peer, &QLocalSocket::readyRead, [&, peer] {
+            QByteArray buffer = peer->readAll();
+            const auto request = HelperProtocol::takeMessage(buffer);
+            if (!request.message)
+                return;
+            if (++requests == 1)
+                peer->write(HelperProtocol::frame({{QStringLiteral("id"), request.message->value(u"id")},
+                    {QStringLiteral("reply"), QJsonObject{{QStringLiteral("version"), QStringLiteral("9")}}}}));
+            peer->flush();
+            peer->disconnectFromServer();
+        });
+    });
+
+    HelperManager helper(fake.fullServerName());
+    helper.setState(HelperManager::State::ready);
+    QStringList answers;
+    helper.installedHelperVersion(
+        5s, [&answers](std::optional<QString> v) { answers.append(v.value_or(QStringLiteral("none"))); });
+    QTest::qWait(500);
+    EXPECT_EQ(answers, QStringList{QStringLiteral("9")});
+
+    std::optional<HelperManager::Reply> lost;
+    helper.call(HelperProtocol::Op::version, {}, 5s, [&lost](HelperManager::Reply r) { lost = std::move(r); });
+    for (int i = 0; i < 200 && !lost; ++i)
+        QTest::qWait(10);
+    ASSERT_TRUE(lost);
+    ASSERT_TRUE(std::holds_alternative<QString>(*lost));
+    EXPECT_TRUE(std::get<QString>(*lost).startsWith(QStringLiteral("Couldn’t reach the maintenance helper: ")));
+    EXPECT_EQ(helper.connectionUsers(), 0);
+}
