@@ -8,7 +8,14 @@ packages=(
     cmake ninja-build g++ pkg-config
     qt6-base-dev qt6-svg-dev qt6-qpa-plugins
     libgtest-dev libbenchmark-dev
+    libssl-dev
+    sqlite3
 )
+# The tests also check what Velloru writes with tools nobody here wrote (trash-cli, gio through gvfs on a
+# private session bus) and run Velloru as another user (setpriv).
+if [[ "${VELLORU_TEST_TOOLS:-0}" == 1 ]]; then
+    packages+=(trash-cli libglib2.0-bin gvfs dbus util-linux e2fsprogs)
+fi
 
 missing=()
 for package in "${packages[@]}"; do

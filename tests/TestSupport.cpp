@@ -6,7 +6,9 @@
 #include <QMutex>
 #include <QProcess>
 
+#include <linux/capability.h>
 #include <sys/mount.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 FixtureTree::FixtureTree() = default;
@@ -74,6 +76,32 @@ bool LogCapture::contains(const QString& fragment) const
         if (line.contains(fragment))
             return true;
     return false;
+}
+
+namespace {
+
+bool setEffectiveCapabilities(bool withFileAccess)
+{
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct data[2]{};
+    if (::syscall(SYS_capget, &header, data) != 0)
+        return false;
+    const auto mask = (1u << CAP_DAC_OVERRIDE) | (1u << CAP_DAC_READ_SEARCH);
+    data[0].effective = withFileAccess ? (data[0].effective | (data[0].permitted & mask)) : (data[0].effective & ~mask);
+    return ::syscall(SYS_capset, &header, data) == 0;
+}
+
+} // namespace
+
+FileAccessChecksEnforced::FileAccessChecksEnforced()
+    : m_dropped(runningAsRoot() && setEffectiveCapabilities(false))
+{
+}
+
+FileAccessChecksEnforced::~FileAccessChecksEnforced()
+{
+    if (m_dropped)
+        setEffectiveCapabilities(true);
 }
 
 bool runningAsRoot()

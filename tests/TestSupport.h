@@ -33,6 +33,19 @@ public:
 
 bool runningAsRoot();
 
+// While it lives, this thread and the threads it starts lose root's right to read any file, so a test
+// running as root can make a file or folder unreadable with chmod 000. Does nothing when not root.
+class FileAccessChecksEnforced {
+public:
+    FileAccessChecksEnforced();
+    ~FileAccessChecksEnforced();
+    FileAccessChecksEnforced(const FileAccessChecksEnforced&) = delete;
+    FileAccessChecksEnforced& operator=(const FileAccessChecksEnforced&) = delete;
+
+private:
+    bool m_dropped = false;
+};
+
 // A tmpfs mounted for the test's life (root only); nothing when it could not be mounted.
 class TmpfsMount {
 public:

@@ -3,14 +3,31 @@
 #include "app/UserDefaults.h"
 #include "common/BackgroundTask.h"
 #include "common/StoragePaths.h"
+#include "helper/HelperProtocol.h"
+#include "platform/Sandbox.h"
+#include "platform/TrashStore.h"
 #include "privacy/KnownApps.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QSettings>
 
 namespace {
 
 // Runs off the main thread. Extensions and login items are counted once their scanners exist.
+// The permissions this edition can check. Full Disk Access means something only inside a sandbox;
+// background activity joins when the mount agent does.
+QList<PermissionCheck> permissionChecks(HelperManager& helper, HelperService& service, FullDiskAccess& fullDisk)
+{
+    QList<PermissionCheck> checks;
+    checks.append({Permission::helper, [&helper, &service] { helper.refreshState(service); },
+        [&helper] { return helper.state() == HelperManager::State::ready; }});
+    if (runningSandboxed())
+        checks.append(
+            {Permission::fullDisk, [&fullDisk] { fullDisk.probe(); }, [&fullDisk] { return fullDisk.isGranted(); }});
+    return checks;
+}
+
 SidebarCounts::Counts countSections(const QString& home)
 {
     SidebarCounts::Counts counts;
@@ -23,11 +40,23 @@ SidebarCounts::Counts countSections(const QString& home)
 
 AppState::AppState()
     : m_audit(StoragePaths::dataFolder())
+    , m_helperService(QCoreApplication::applicationDirPath() + QStringLiteral("/velloru-helper"))
+    , m_helper(HelperProtocol::socketPath())
+    , m_helperTrash(
+          HelperProtocol::socketPath(), [this] { return m_helper.state() == HelperManager::State::ready; },
+          homeTrashPath())
+    , m_running(m_inventory)
+    , m_trasher(&m_helperTrash)
+    , m_smartScan(m_inventory, m_running, m_trasher, m_audit, SmartScanLocations::forHome(QDir::homePath()))
+    , m_permissions(m_defaults, permissionChecks(m_helper, m_helperService, m_fullDisk),
+          DefaultsKey::permissionsEverGranted, DefaultsKey::permissionsRemindSuppressed)
 {
-    const QSettings defaults;
-    const QString startPage = defaults.value(DefaultsKey::debugStartPage).toString();
+    const QString startPage = m_defaults.value(DefaultsKey::debugStartPage).toString();
     m_selection = Destinations::parse(startPage).value_or(Destination::dashboard);
     m_trashWatcher.start();
+    m_inventory.scan();
+    m_helper.refreshState(m_helperService);
+    m_inventory.startMonitoring();
 }
 
 AppState::~AppState() = default;

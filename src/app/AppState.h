@@ -1,12 +1,21 @@
 #pragma once
 
 #include "app/Destination.h"
+#include "app/FullDiskAccess.h"
+#include "app/PermissionCenter.h"
 #include "app/SidebarCounts.h"
+#include "apps/AppInventory.h"
+#include "helper/HelperManager.h"
+#include "helper/HelperTrash.h"
+#include "platform/SystemdHelperService.h"
 #include "removal/AuditLog.h"
 #include "removal/TrashWatcher.h"
 #include "removal/Trasher.h"
+#include "scan/RunningMonitor.h"
+#include "scan/SmartScanSession.h"
 
 #include <QObject>
+#include <QSettings>
 
 #include <memory>
 #include <thread>
@@ -30,11 +39,19 @@ public:
     const Trasher& trasher() const { return m_trasher; }
     // Watches the home Trash so that put-back buttons and the Trash card follow it.
     TrashWatcher& trashWatcher() { return m_trashWatcher; }
-    // The app inventory, the helper client, the running-apps monitor and the mount-agent registrar
-    // are created here, in that order, after `audit`.
+    AppInventory& inventory() { return m_inventory; }
+    // The privileged helper's client, and how the helper is registered with systemd.
+    HelperManager& helper() { return m_helper; }
+    HelperService& helperService() { return m_helperService; }
+    RunningMonitor& running() { return m_running; }
+    // The mount-agent registrar follows the running-apps monitor.
     SidebarCounts& counts() { return m_counts; }
-    // The duplicates vault, the Full Disk Access probe and the permission checklist follow `counts`;
-    // the mount manager (given the agent registrar and whether the helper is ready) and the sync manager
+    // The dashboard's Smart Scan, kept here so that a scan survives the page being rebuilt.
+    SmartScanSession& smartScan() { return m_smartScan; }
+    // The duplicates vault follows `counts`.
+    FullDiskAccess& fullDisk() { return m_fullDisk; }
+    PermissionCenter& permissions() { return m_permissions; }
+    // The mount manager (given the agent registrar and whether the helper is ready) and the sync manager
     // come last.
 
     Destination selection() const { return m_selection; }
@@ -57,9 +74,18 @@ Q_SIGNALS:
 
 private:
     AuditLog m_audit;
+    AppInventory m_inventory;
+    SystemdHelperService m_helperService;
+    HelperManager m_helper;
+    HelperTrash m_helperTrash; // what the Trash mover asks for root-owned items
+    RunningMonitor m_running;
     Trasher m_trasher;
     TrashWatcher m_trashWatcher;
     SidebarCounts m_counts;
+    SmartScanSession m_smartScan;
+    FullDiskAccess m_fullDisk;
+    QSettings m_defaults; // the permission checklist keeps its ledger here
+    PermissionCenter m_permissions;
     std::unique_ptr<std::jthread> m_countsTask; // the counts refresh under way, if any
     Destination m_selection = Destination::dashboard;
     quint64 m_navigationTick = 0;

@@ -12,6 +12,8 @@ inline const QString permissionsRemindSuppressed = QStringLiteral("permissionsRe
 inline const QString debugStartPage = QStringLiteral("debugStartPage");
 inline const QString debugPermissions = QStringLiteral("debugPermissions");
 inline const QString debugTour = QStringLiteral("debugTour");
+// Starts a Smart Scan by itself when the dashboard is shown while no scan has run.
+inline const QString debugAutoScan = QStringLiteral("debugAutoScan");
 // Raw permission values treated as missing even when granted.
 inline const QString debugMissingPermissions = QStringLiteral("debugMissingPermissions");
 // The chart style of the disk-usage charts (Settings → Charts): "honeycomb" or "rail".

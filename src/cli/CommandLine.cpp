@@ -17,15 +17,35 @@ struct Command {
 };
 
 const Command commands[] = {
+    {"scan", "scan [--clean] [--json]",
+        "Smart Scan: lists caches, logs, crash reports, saved app states and broken items with a grade and a "
+        "reason, the safe ones ticked; with --clean moves exactly the ticked items to the Trash.",
+        runScanCommand},
+    {"apps", "apps [--json]", "Lists the installed apps with their identifier and where each comes from.",
+        runAppsCommand},
     {"activity", "activity [--json]", "Lists the activity log, newest first, and the space cleaned so far.",
         runActivityCommand},
+    {"duplicates", "duplicates [ROOT…] [--min-size N] [--json]",
+        "Finds files with identical content (your own folders by default) and lists each set with the copy to "
+        "keep.",
+        runDuplicatesCommand},
+    {"usage", "usage [PATH] [--depth N] [--json]",
+        "Measures a folder (the current one by default) and lists its biggest folders with sizes and shares.",
+        runUsageCommand},
     {"trash", "trash PATH… [--json]", "Moves files and folders to the Trash, each with its put-back record.",
         runTrashCommand},
-    {"put-back", "put-back ENTRY-ID", "Puts an item back from the Trash, using its activity entry (an id or the "
-                                      "start of one, as “velloru activity” shows).",
+    {"put-back", "put-back ENTRY-ID",
+        "Puts an item back from the Trash, using its activity entry (an id or the "
+        "start of one, as “velloru activity” shows).",
         runPutBackCommand},
     {"trash-summary", "trash-summary [--json]", "Shows what the Trash folders of every mounted volume hold.",
         runTrashSummaryCommand},
+    {"helper", "helper status|install",
+        "Shows whether the privileged helper is installed, or installs it (you approve "
+        "once as an administrator).",
+        runHelperCommand},
+    {"maintenance", "maintenance [TASK]", "Lists the one-click maintenance tasks, or runs one through the helper.",
+        runMaintenanceCommand},
 };
 
 void printHelp(QTextStream& out)
@@ -33,7 +53,8 @@ void printHelp(QTextStream& out)
     out << "Usage: velloru [COMMAND] [OPTIONS]\n\n"
         << "Without a command Velloru opens its window. Commands:\n";
     for (const Command& command : commands)
-        out << QStringLiteral("  %1\n      %2\n").arg(QString::fromUtf8(command.usage), QString::fromUtf8(command.summary));
+        out << QStringLiteral("  %1\n      %2\n")
+                   .arg(QString::fromUtf8(command.usage), QString::fromUtf8(command.summary));
     out << "\n  help       Shows this text.\n  --version  Shows the version.\n";
 }
 

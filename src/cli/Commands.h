@@ -12,9 +12,15 @@ struct CommandContext {
 
 // Each command lives in its own file and returns its exit status.
 int runActivityCommand(CommandContext& context);
+int runAppsCommand(CommandContext& context);
+int runScanCommand(CommandContext& context);
+int runDuplicatesCommand(CommandContext& context);
+int runUsageCommand(CommandContext& context);
 int runTrashCommand(CommandContext& context);
 int runPutBackCommand(CommandContext& context);
 int runTrashSummaryCommand(CommandContext& context);
+int runHelperCommand(CommandContext& context);
+int runMaintenanceCommand(CommandContext& context);
 
 // Removes `flag` from the arguments; true when it was there.
 bool takeFlag(QStringList& arguments, const QString& flag);

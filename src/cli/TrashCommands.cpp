@@ -1,36 +1,25 @@
 #include "cli/Commands.h"
 
+#include <QCoreApplication>
+
 #include "common/ByteCount.h"
 #include "common/JsonText.h"
 #include "common/StoragePaths.h"
+#include "helper/HelperManager.h"
+#include "helper/HelperProtocol.h"
+#include "helper/HelperTrash.h"
+#include "platform/SystemdHelperService.h"
+#include "platform/TrashStore.h"
 #include "removal/AuditLog.h"
 #include "removal/TrashLocations.h"
 #include "removal/TrashRecovery.h"
 #include "removal/TrashRequests.h"
+#include "removal/TrashResultJson.h"
 #include "removal/Trasher.h"
 
 namespace {
 
 const QString trashFeature = QStringLiteral("Trash");
-
-QByteArray resultJson(const TrashResult& result)
-{
-    QList<QByteArray> moved;
-    for (const TrashItem& item : result.succeeded)
-        moved.append(JsonObjectWriter()
-                         .add(u"path", item.path)
-                         .add(u"size", item.size)
-                         .add(u"trashPath", result.trashedURLs.value(item.path))
-                         .finish());
-    QList<QByteArray> failed;
-    for (const TrashFailure& failure : result.failed)
-        failed.append(JsonObjectWriter().add(u"path", failure.path).add(u"reason", failure.reason).finish());
-    return JsonObjectWriter()
-        .add(u"freed", result.freed)
-        .addRaw(u"moved", jsonArray(moved).trimmed())
-        .addRaw(u"failed", jsonArray(failed).trimmed())
-        .finish();
-}
 
 } // namespace
 
@@ -42,11 +31,18 @@ int runTrashCommand(CommandContext& context)
         return 2;
     }
     AuditLog log(StoragePaths::dataFolder());
-    const TrashResult result = Trasher().moveToTrash(TrashRequests::measured(context.arguments));
+    // Items in folders root owns go through the helper, when it is set up.
+    SystemdHelperService service(QCoreApplication::applicationDirPath() + QStringLiteral("/velloru-helper"));
+    HelperManager helper(HelperProtocol::socketPath());
+    helper.refreshState(service);
+    HelperTrash helperTrash(
+        HelperProtocol::socketPath(), [&helper] { return helper.state() == HelperManager::State::ready; },
+        homeTrashPath());
+    const TrashResult result = Trasher(&helperTrash).moveToTrash(TrashRequests::measured(context.arguments));
     recordTrashResult(log, trashFeature, result);
 
     if (json) {
-        context.out << QString::fromUtf8(resultJson(result)) << '\n';
+        context.out << QString::fromUtf8(trashResultJson(result)) << '\n';
     } else {
         for (const TrashItem& item : result.succeeded)
             context.out

@@ -7,7 +7,7 @@ namespace {
 QString xdgFolder(const char* variable, const QString& fallbackUnderHome)
 {
     const QString value = qEnvironmentVariable(variable);
-    // The base directory specification says relative values are invalid and must be ignored.
+    // The XDG base directory standard says relative values are invalid and must be ignored.
     if (!value.isEmpty() && QDir::isAbsolutePath(value))
         return value;
     return QDir::homePath() + QLatin1Char('/') + fallbackUnderHome;

@@ -20,6 +20,14 @@ struct TrashFolder {
 // $XDG_DATA_HOME/Trash.
 QString homeTrashPath();
 
+// Whose Trash an item goes to: this process's user by default; the privileged helper names the user it
+// works for, whose Trash folders it creates owned by that user.
+struct TrashOwner {
+    unsigned uid = 0;
+    QString homeTrash;
+    static TrashOwner currentUser();
+};
+
 // The Trash folder for an item on the device `itemDevice` whose parent folder is `canonicalParent`: the
 // home Trash when the item is on the home Trash's volume, otherwise the volume's own "$top/.Trash/$uid"
 // (only when ".Trash" is a real folder with the sticky bit) or "$top/.Trash-$uid". Missing folders are
@@ -29,7 +37,8 @@ struct TrashFolderLookup {
     std::optional<TrashFolder> folder;
     int error = 0;
 };
-TrashFolderLookup trashFolderFor(const QString& canonicalParent, quint64 itemDevice);
+TrashFolderLookup trashFolderFor(
+    const QString& canonicalParent, quint64 itemDevice, const TrashOwner& owner = TrashOwner::currentUser());
 
 // The Trash folders that exist now: the home Trash and the Trash of every mounted volume.
 QList<TrashFolder> existingTrashFolders();

@@ -122,6 +122,14 @@ void AuditLog::recordFailures(const QString& feature, const QList<FailedItem>& i
     Q_EMIT changed();
 }
 
+void AuditLog::recordAction(const QString& feature, const QString& subject, const QString& outcome)
+{
+    AuditEntry& entry = append(feature, subject, 0, outcome);
+    entry.subjectKind = AuditSubject::action;
+    save(Files::log);
+    Q_EMIT changed();
+}
+
 void AuditLog::markRecovered(const QList<QUuid>& entryIds)
 {
     const QSet<QUuid> wanted(entryIds.begin(), entryIds.end());

@@ -39,6 +39,9 @@ public:
     // Each failed item's size is measured now; the reason goes to the diagnostic log.
     void recordFailures(const QString& feature, const QList<FailedItem>& items);
     void markRecovered(const QList<QUuid>& entryIds);
+    // Records an operation as a whole (a maintenance task, say): `subject` names it, `outcome` says how it
+    // went.
+    void recordAction(const QString& feature, const QString& subject, const QString& outcome);
     // Empties the log. The lifetime total stays: it counts space that was cleaned, whatever the log shows.
     void clear();
 

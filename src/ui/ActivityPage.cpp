@@ -5,6 +5,7 @@
 #include "removal/TrashRecovery.h"
 #include "removal/TrashWatcher.h"
 #include "ui/ActivityTableModel.h"
+#include "ui/Headings.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -23,11 +24,7 @@ ActivityPage::ActivityPage(AuditLog& log, TrashWatcher& trashWatcher, QWidget* p
     auto* layout = new QVBoxLayout(this);
 
     auto* header = new QHBoxLayout;
-    auto* title = new QLabel(QStringLiteral("Activity"), this);
-    QFont font = title->font();
-    font.setPointSizeF(font.pointSizeF() * 1.4);
-    font.setBold(true);
-    title->setFont(font);
+    auto* title = makeHeading(QStringLiteral("Activity"), this);
     header->addWidget(title);
     header->addStretch();
     m_putBack = new QPushButton(QStringLiteral("Put Back"), this);

@@ -1,12 +1,17 @@
 #include "ui/DashboardPage.h"
 
 #include "app/AppState.h"
+#include "app/UserDefaults.h"
 #include "common/BackgroundTask.h"
 #include "common/ByteCount.h"
+#include "ui/Headings.h"
+#include "ui/SmartScanPanel.h"
 
 #include <QGroupBox>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 #include <QVBoxLayout>
 
 DashboardPage::DashboardPage(AppState& state, QWidget* parent)
@@ -15,16 +20,19 @@ DashboardPage::DashboardPage(AppState& state, QWidget* parent)
 {
     setObjectName(QStringLiteral("page-dashboard"));
     auto* layout = new QVBoxLayout(this);
-    auto* title = new QLabel(QStringLiteral("Dashboard"), this);
-    QFont font = title->font();
-    font.setPointSizeF(font.pointSizeF() * 1.4);
-    font.setBold(true);
-    title->setFont(font);
+    auto* title = makeHeading(QStringLiteral("Dashboard"), this);
     layout->addWidget(title);
 
     m_totals = new QLabel(this);
     m_totals->setObjectName(QStringLiteral("cleanedTotals"));
     layout->addWidget(m_totals);
+
+    auto* smartScan = new QGroupBox(QStringLiteral("Smart Scan"), this);
+    auto* smartScanLayout = new QVBoxLayout(smartScan);
+    m_smartScan = new SmartScanPanel(state.smartScan(), smartScan);
+    smartScanLayout->addWidget(m_smartScan);
+    layout->addWidget(smartScan, 1);
+    connect(m_smartScan, &SmartScanPanel::activityRequested, this, [this] { m_state.navigate(Destination::auditLog); });
 
     auto* trash = new QGroupBox(QStringLiteral("Trash"), this);
     auto* trashLayout = new QVBoxLayout(trash);
@@ -37,13 +45,11 @@ DashboardPage::DashboardPage(AppState& state, QWidget* parent)
     trashLayout->addWidget(m_trashWarning);
     m_emptyTrash = new QPushButton(QStringLiteral("Empty Trash…"), trash);
     m_emptyTrash->setObjectName(QStringLiteral("emptyTrash"));
-    // Emptying deletes for good, as root where other users' items lie; that is the privileged helper's job.
+    // Emptying deletes for good, as root where root-owned items lie; that is the privileged helper's job.
     m_emptyTrash->setEnabled(false);
-    m_emptyTrash->setToolTip(QStringLiteral("Emptying the Trash needs the Maintenance Helper, which is not part of "
-                                            "this version of Velloru yet."));
     trashLayout->addWidget(m_emptyTrash, 0, Qt::AlignLeft);
+    connect(m_emptyTrash, &QPushButton::clicked, this, &DashboardPage::confirmEmptyTrash);
     layout->addWidget(trash);
-    layout->addStretch();
 
     connect(&state.audit(), &AuditLog::changed, this, &DashboardPage::showTotals);
     connect(&state.trashWatcher(), &TrashWatcher::revisionChanged, this, &DashboardPage::refreshTrash);
@@ -53,6 +59,14 @@ DashboardPage::DashboardPage(AppState& state, QWidget* parent)
 }
 
 DashboardPage::~DashboardPage() = default;
+
+void DashboardPage::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    // A developer switch: scan straight away, as if the user had pressed Scan.
+    if (QSettings().value(DefaultsKey::debugAutoScan, false).toBool() && m_state.smartScan().isIdle())
+        m_state.smartScan().scan();
+}
 
 void DashboardPage::showTotals()
 {
@@ -78,8 +92,34 @@ void DashboardPage::refreshTrash()
         });
 }
 
+void DashboardPage::confirmEmptyTrash()
+{
+    QMessageBox box(QMessageBox::Warning, QStringLiteral("Empty the Trash?"), QStringLiteral("Empty the Trash?"),
+        QMessageBox::Cancel, this);
+    box.setInformativeText(TrashLocations::emptyWarning(m_lastSummary));
+    QPushButton* empty = box.addButton(QStringLiteral("Empty Trash"), QMessageBox::DestructiveRole);
+    box.setDefaultButton(QMessageBox::Cancel);
+    box.exec();
+    if (box.clickedButton() != empty)
+        return;
+    m_emptyTrash->setEnabled(false);
+    m_state.helper().emptyTrash(std::chrono::minutes(5), [this](TaskResult result) {
+        m_state.audit().recordAction(QStringLiteral("Trash"), QStringLiteral("Empty Trash"),
+            result.success ? result.message : QStringLiteral("Failed: ") + result.message);
+        if (!result.success)
+            QMessageBox::warning(this, QStringLiteral("The Trash wasn’t emptied"), result.message);
+        refreshTrash();
+    });
+}
+
 void DashboardPage::showTrash(const TrashLocations::Summary& summary)
 {
+    m_lastSummary = summary;
+    const bool helperReady = m_state.helper().state() == HelperManager::State::ready;
+    m_emptyTrash->setEnabled(summary.items > 0 && helperReady);
+    m_emptyTrash->setToolTip(helperReady ? QString()
+                                         : QStringLiteral("Emptying the Trash needs the Maintenance Helper — set it up "
+                                                          "on the Maintenance page."));
     if (summary.items == 0) {
         m_trashSummary->setText(QStringLiteral("The Trash is empty."));
         m_trashWarning->clear();

@@ -10,8 +10,9 @@
 class AppState;
 class QLabel;
 class QPushButton;
+class SmartScanPanel;
 
-// The dashboard: the space cleaned so far and what the Trash holds.
+// The dashboard: Smart Scan, the space cleaned so far and what the Trash holds.
 class DashboardPage : public QWidget {
     Q_OBJECT
 
@@ -22,20 +23,27 @@ public:
     QLabel* trashSummaryLabel() const { return m_trashSummary; }
     QLabel* trashWarningLabel() const { return m_trashWarning; }
     QPushButton* emptyTrashButton() const { return m_emptyTrash; }
+    SmartScanPanel* smartScan() const { return m_smartScan; }
 
 Q_SIGNALS:
     void trashSummaryShown();
+
+protected:
+    void showEvent(QShowEvent* event) override;
 
 private:
     void showTotals();
     void refreshTrash();
     void showTrash(const TrashLocations::Summary& summary);
+    void confirmEmptyTrash();
 
     AppState& m_state;
+    SmartScanPanel* m_smartScan = nullptr;
     QLabel* m_totals = nullptr;
     QLabel* m_trashSummary = nullptr;
     QLabel* m_trashWarning = nullptr;
     QPushButton* m_emptyTrash = nullptr;
     std::unique_ptr<std::jthread> m_trashTask; // the Trash summary being measured, if any
     bool m_trashChangedMeanwhile = false;
+    TrashLocations::Summary m_lastSummary;
 };

@@ -2,7 +2,7 @@
 
 namespace {
 
-// Names from the freedesktop icon naming specification, chosen to match each section's symbol.
+// Names from the freedesktop icon naming standard, chosen to match each section's symbol.
 QString themeName(Destination destination)
 {
     switch (destination) {

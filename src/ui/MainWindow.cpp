@@ -3,13 +3,17 @@
 #include "app/AppState.h"
 #include "app/SplitViewStateRepair.h"
 #include "app/UserDefaults.h"
+#include "removal/TrashRequests.h"
 #include "ui/ActivityPage.h"
 #include "ui/AppMenu.h"
 #include "ui/DashboardPage.h"
+#include "ui/MaintenancePage.h"
+#include "ui/PermissionsStep.h"
 #include "ui/PlaceholderPage.h"
 #include "ui/SettingsWindow.h"
 #include "ui/SidebarView.h"
 #include "ui/WelcomeStep.h"
+#include "ui/usage/UsagePage.h"
 
 #include <QCloseEvent>
 #include <QSettings>
@@ -34,8 +38,7 @@ MainWindow::MainWindow(AppState& state, SettingsRouter& router, QSettings& defau
     , m_state(state)
     , m_router(router)
     , m_defaults(defaults)
-    // The permission checklist is not part of Velloru yet, so the flow has no gate to ask.
-    , m_startup(defaults, nullptr)
+    , m_startup(defaults, &state.permissions())
 {
     setWindowTitle(QStringLiteral("Velloru"));
     resize(1080, 700);
@@ -45,10 +48,13 @@ MainWindow::MainWindow(AppState& state, SettingsRouter& router, QSettings& defau
     auto* welcome = new WelcomeStep(m_steps);
     m_steps->addWidget(welcome);
     buildSections();
+    auto* permissions = new PermissionsStep(m_state.permissions(), m_steps);
+    m_steps->addWidget(permissions);
     setCentralWidget(m_steps);
     installAppMenu(*this, m_router);
 
     connect(welcome, &WelcomeStep::finished, &m_startup, &StartupFlow::finishWelcome);
+    connect(permissions, &PermissionsStep::finished, &m_startup, &StartupFlow::leavePermissions);
     connect(&m_startup, &StartupFlow::stepChanged, this, &MainWindow::showStep);
     connect(m_sidebar, &SidebarView::destinationActivated, &m_state, &AppState::select);
     connect(&m_state, &AppState::selectionChanged, this, &MainWindow::showSelection);
@@ -84,6 +90,17 @@ QWidget* MainWindow::makePage(Destination destination)
 {
     switch (destination) {
     case Destination::dashboard: return new DashboardPage(m_state, m_detail);
+    case Destination::diskUsage: {
+        MoveToTrash moveToTrash = [this](const QString& path) -> std::optional<QString> {
+            const TrashResult result = m_state.trasher().moveToTrash(TrashRequests::measured({path}));
+            recordTrashResult(m_state.audit(), Destinations::title(Destination::diskUsage), result);
+            if (result.failed.isEmpty())
+                return std::nullopt;
+            return result.failed.first().reason;
+        };
+        return new UsagePage(m_defaults, std::move(moveToTrash), m_detail);
+    }
+    case Destination::maintenance: return new MaintenancePage(m_state, m_detail);
     case Destination::auditLog: return new ActivityPage(m_state.audit(), m_state.trashWatcher(), m_detail);
     default: return new PlaceholderPage(destination, m_detail);
     }
@@ -97,7 +114,7 @@ QWidget* MainWindow::currentPage() const
 SettingsWindow* MainWindow::settingsWindow()
 {
     if (!m_settings)
-        m_settings = new SettingsWindow(m_router, m_defaults, this);
+        m_settings = new SettingsWindow(m_router, m_defaults, m_state.helper(), this);
     return m_settings;
 }
 
@@ -110,9 +127,13 @@ void MainWindow::showSelection()
 
 void MainWindow::showStep(StartupFlow::Step step)
 {
-    // The permissions step joins here with the permission checklist; until then only welcome precedes
-    // the sections.
-    m_steps->setCurrentIndex(step == StartupFlow::Step::welcome ? 0 : 1);
+    // Pages of m_steps: welcome, the sections, permissions.
+    switch (step) {
+    case StartupFlow::Step::welcome: m_steps->setCurrentIndex(0); break;
+    case StartupFlow::Step::none: m_steps->setCurrentIndex(1); break;
+    case StartupFlow::Step::permissions: m_steps->setCurrentIndex(2); break;
+    }
+    m_state.permissions().setPresented(step == StartupFlow::Step::permissions);
 }
 
 void MainWindow::showEvent(QShowEvent* event)

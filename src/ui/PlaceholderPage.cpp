@@ -1,5 +1,6 @@
 #include "ui/PlaceholderPage.h"
 
+#include "ui/Headings.h"
 #include "ui/Icons.h"
 
 #include <QLabel>
@@ -17,13 +18,9 @@ PlaceholderPage::PlaceholderPage(Destination destination, QWidget* parent)
     icon->setAlignment(Qt::AlignCenter);
     layout->addWidget(icon);
 
-    auto* title = new QLabel(Destinations::title(destination), this);
+    auto* title = makeHeading(Destinations::title(destination), this, 1.6);
     title->setObjectName(QStringLiteral("pageTitle"));
     title->setAlignment(Qt::AlignCenter);
-    QFont font = title->font();
-    font.setPointSizeF(font.pointSizeF() * 1.6);
-    font.setBold(true);
-    title->setFont(font);
     layout->addWidget(title);
 
     auto* note = new QLabel(QStringLiteral("This section is not part of this version of Velloru yet."), this);

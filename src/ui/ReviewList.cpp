@@ -2,6 +2,7 @@
 
 #include "common/ByteCount.h"
 #include "scan/ScanTexts.h"
+#include "ui/Headings.h"
 #include "ui/ReviewModel.h"
 
 #include <QHeaderView>
@@ -57,12 +58,8 @@ QWidget* makeEmptyPage(QWidget* parent)
     auto* page = new QWidget(parent);
     auto* layout = new QVBoxLayout(page);
     layout->addStretch();
-    auto* title = new QLabel(ScanTexts::emptyTitle(), page);
+    auto* title = makeHeading(ScanTexts::emptyTitle(), page);
     title->setObjectName(QStringLiteral("emptyTitle"));
-    QFont font = title->font();
-    font.setPointSizeF(font.pointSizeF() * 1.4);
-    font.setBold(true);
-    title->setFont(font);
     title->setAlignment(Qt::AlignCenter);
     layout->addWidget(title);
     auto* message = new QLabel(ScanTexts::emptyMessage(), page);

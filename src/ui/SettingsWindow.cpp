@@ -3,6 +3,8 @@
 #include "app/SettingsRouter.h"
 #include "app/UserDefaults.h"
 #include "common/StoragePaths.h"
+#include "helper/HelperManager.h"
+#include "helper/HelperTexts.h"
 
 #include <QComboBox>
 #include <QFormLayout>
@@ -11,7 +13,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-SettingsWindow::SettingsWindow(SettingsRouter& router, QSettings& defaults, QWidget* parent)
+SettingsWindow::SettingsWindow(SettingsRouter& router, QSettings& defaults, HelperManager& helper, QWidget* parent)
     : QDialog(parent)
 {
     setObjectName(QStringLiteral("settingsWindow"));
@@ -21,7 +23,7 @@ SettingsWindow::SettingsWindow(SettingsRouter& router, QSettings& defaults, QWid
     m_tabs = new QTabWidget(this);
     // Added in the order of SettingsRouter::Tab so an index is a tab.
     m_tabs->addTab(makeChartsTab(defaults), SettingsRouter::title(SettingsRouter::Tab::charts));
-    m_tabs->addTab(makeServicesTab(), SettingsRouter::title(SettingsRouter::Tab::services));
+    m_tabs->addTab(makeServicesTab(helper), SettingsRouter::title(SettingsRouter::Tab::services));
     m_tabs->addTab(makeAboutTab(), SettingsRouter::title(SettingsRouter::Tab::about));
     m_tabs->setCurrentIndex(static_cast<int>(router.selected()));
 
@@ -50,14 +52,25 @@ QWidget* SettingsWindow::makeChartsTab(QSettings& defaults)
     return tab;
 }
 
-QWidget* SettingsWindow::makeServicesTab()
+QWidget* SettingsWindow::makeServicesTab(HelperManager& helper)
 {
     auto* tab = new QWidget(this);
     auto* form = new QFormLayout(tab);
-    // The helper and the mount agent report their states here once they are part of Velloru.
-    const QString absent = QStringLiteral("Not part of this version of Velloru yet.");
-    form->addRow(QStringLiteral("Maintenance Helper:"), new QLabel(absent, tab));
-    form->addRow(QStringLiteral("Mount Agent:"), new QLabel(absent, tab));
+    auto* status = new QLabel(tab);
+    status->setObjectName(QStringLiteral("helperStatus"));
+    status->setWordWrap(true);
+    switch (helper.state()) {
+    case HelperManager::State::ready: status->setText(HelperTexts::readyStatus()); break;
+    case HelperManager::State::notInstalled: status->setText(HelperTexts::notInstalledStatus()); break;
+    case HelperManager::State::needsApproval: status->setText(HelperTexts::needsApprovalStatus()); break;
+    case HelperManager::State::failed:
+        status->setText(HelperTexts::installFailedStatus() + QStringLiteral(" — ") + helper.failureMessage());
+        break;
+    }
+    form->addRow(HelperTexts::heading() + QLatin1Char(':'), status);
+    // The mount agent reports its state here once it is part of Velloru.
+    form->addRow(
+        QStringLiteral("Mount Agent:"), new QLabel(QStringLiteral("Not part of this version of Velloru yet."), tab));
     return tab;
 }
 

@@ -4,6 +4,7 @@
 
 class QSettings;
 class QTabWidget;
+class HelperManager;
 class SettingsRouter;
 
 // The settings window: Charts, Services and About, with the tab chosen by the router.
@@ -11,13 +12,13 @@ class SettingsWindow : public QDialog {
     Q_OBJECT
 
 public:
-    SettingsWindow(SettingsRouter& router, QSettings& defaults, QWidget* parent = nullptr);
+    SettingsWindow(SettingsRouter& router, QSettings& defaults, HelperManager& helper, QWidget* parent = nullptr);
 
     QTabWidget* tabs() const { return m_tabs; }
 
 private:
     QWidget* makeChartsTab(QSettings& defaults);
-    QWidget* makeServicesTab();
+    QWidget* makeServicesTab(HelperManager& helper);
     QWidget* makeAboutTab();
 
     QTabWidget* m_tabs = nullptr;

@@ -1,4 +1,5 @@
 #include "ui/WelcomeStep.h"
+#include "ui/Headings.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -11,11 +12,7 @@ WelcomeStep::WelcomeStep(QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->addStretch();
 
-    auto* title = new QLabel(QStringLiteral("Welcome to Velloru"), this);
-    QFont font = title->font();
-    font.setPointSizeF(font.pointSizeF() * 2.0);
-    font.setBold(true);
-    title->setFont(font);
+    auto* title = makeHeading(QStringLiteral("Welcome to Velloru"), this, 2.0);
     title->setAlignment(Qt::AlignCenter);
     layout->addWidget(title);
 

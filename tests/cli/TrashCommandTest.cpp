@@ -83,7 +83,7 @@ TEST(TrashCommand, AKillDuringABatchLeavesEveryItemInPlaceOrTrashedWithItsRecord
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("XDG_DATA_HOME"), tree.path(QStringLiteral("data")));
     velloru.setProcessEnvironment(environment);
-    velloru.start(QStringLiteral(VELLORU_TEST_BINARY), QStringList{QStringLiteral("trash")} + files);
+    velloru.start(QStringLiteral(VELLORU_BINARY), QStringList{QStringLiteral("trash")} + files);
     QElapsedTimer waited;
     waited.start();
     while (QDir(trashFiles).entryList(QDir::Files).size() < 20 && waited.elapsed() < 30'000)

@@ -165,7 +165,7 @@ TEST(Trasher, ARootOwnedFolderAsksForTheHelper)
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral("setpriv"),
         {QStringLiteral("--reuid=65534"), QStringLiteral("--regid=65534"), QStringLiteral("--clear-groups"),
-            QStringLiteral("--"), QStringLiteral(VELLORU_TEST_BINARY), QStringLiteral("trash"), file});
+            QStringLiteral("--"), QStringLiteral(VELLORU_BINARY), QStringLiteral("trash"), file});
     ASSERT_TRUE(process.waitForFinished(30'000));
     const QString out = QString::fromUtf8(process.readAllStandardOutput());
     if (out.isEmpty())

@@ -9,7 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QSettings>
@@ -51,12 +53,50 @@ TEST_F(MainWindowTest, FirstLaunchShowsWelcomeOnceThenTheSections)
 
         QTest::mouseClick(window.findChild<QPushButton*>(QStringLiteral("getStarted")), Qt::LeftButton);
         EXPECT_FALSE(welcome->isVisible());
+        auto* permissions = window.findChild<QWidget*>(QStringLiteral("permissionsStep"));
+        EXPECT_TRUE(permissions->isVisible());
+        QTest::mouseClick(permissions->findChild<QPushButton*>(QStringLiteral("permissionsContinue")), Qt::LeftButton);
         EXPECT_TRUE(window.sidebar()->isVisible());
         EXPECT_TRUE(defaults.value(DefaultsKey::onboardingComplete).toBool());
     }
-    MainWindow again(state, router, defaults);
-    again.show();
-    EXPECT_TRUE(again.sidebar()->isVisible());
+    // Later launches skip the welcome; the missing helper is asked for until the user says not to remind.
+    {
+        MainWindow again(state, router, defaults);
+        again.show();
+        auto* permissions = again.findChild<QWidget*>(QStringLiteral("permissionsStep"));
+        EXPECT_TRUE(permissions->isVisible());
+        EXPECT_TRUE(permissions->findChild<QLabel*>(QStringLiteral("permission-helper"))
+                        ->text()
+                        .contains(QStringLiteral("not granted")));
+        permissions->findChild<QCheckBox*>(QStringLiteral("suppressReminders"))->setChecked(true);
+    }
+    MainWindow quiet(state, router, defaults);
+    quiet.show();
+    EXPECT_TRUE(quiet.sidebar()->isVisible());
+}
+
+TEST_F(MainWindowTest, DebugPermissionsShowsTheStepEvenWhenRemindersAreOff)
+{
+    QSettings defaults;
+    defaults.setValue(DefaultsKey::onboardingComplete, true);
+    defaults.setValue(DefaultsKey::debugPermissions, true);
+    defaults.setValue(DefaultsKey::permissionsRemindSuppressed, true);
+    AppState state;
+    SettingsRouter router;
+    MainWindow window(state, router, defaults);
+    window.show();
+    auto* step = window.findChild<QWidget*>(QStringLiteral("permissionsStep"));
+    ASSERT_TRUE(step);
+    EXPECT_TRUE(step->isVisible());
+    EXPECT_TRUE(state.permissions().isPresented());
+    auto* heading = step->findChild<QLabel*>(QStringLiteral("permissionsHeading"));
+    EXPECT_TRUE(heading->text().startsWith(QStringLiteral("Velloru asks for these once. Each one is a real Linux "
+                                                          "permission")));
+    saveScreenshot(window, QStringLiteral("permissions"));
+
+    QTest::mouseClick(step->findChild<QPushButton*>(QStringLiteral("permissionsContinue")), Qt::LeftButton);
+    EXPECT_TRUE(window.sidebar()->isVisible());
+    EXPECT_FALSE(state.permissions().isPresented());
 }
 
 TEST_F(MainWindowTest, EverySectionOpensFromTheSidebar)

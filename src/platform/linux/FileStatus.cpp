@@ -26,7 +26,9 @@ std::optional<FileStatus> statusAt(int dirFd, const char* name, StatDetail detai
         mask |= STATX_UID | STATX_MTIME | STATX_CTIME | STATX_BTIME;
 
     struct statx status { };
-    const int flags = AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC | (name[0] == '\0' ? AT_EMPTY_PATH : 0);
+    // AT_NO_AUTOMOUNT: looking at an automount point must not mount it.
+    const int flags
+        = AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC | AT_NO_AUTOMOUNT | (name[0] == '\0' ? AT_EMPTY_PATH : 0);
     if (::statx(dirFd, name, flags, mask, &status) != 0)
         return std::nullopt;
 

@@ -28,7 +28,7 @@ QByteArray local(const QString& path)
     return QFile::encodeName(path);
 }
 
-// Percent-encodes a path the way the Trash specification asks (RFC 2396): bytes outside the unreserved
+// Percent-encodes a path the way the freedesktop Trash standard asks (RFC 2396): bytes outside the unreserved
 // set and "/" become %XX.
 QByteArray encodeTrashInfoPath(const QByteArray& path)
 {
@@ -46,23 +46,28 @@ QByteArray encodeTrashInfoPath(const QByteArray& path)
     return out;
 }
 
-// 0 when `path` is a real folder (not a link) owned by this user, creating it when it is missing.
-int ensureOwnedFolder(const QString& path)
+// 0 when `path` is a real folder (not a link) owned by `uid`, creating it when it is missing (and, when
+// root creates it for someone else, handing it to them).
+int ensureOwnedFolder(const QString& path, unsigned uid)
 {
-    if (::mkdir(local(path).constData(), 0700) != 0 && errno != EEXIST)
+    if (::mkdir(local(path).constData(), 0700) == 0) {
+        if (uid != ::getuid() && ::lchown(local(path).constData(), uid, gid_t(-1)) != 0)
+            return errno;
+    } else if (errno != EEXIST) {
         return errno;
+    }
     const auto status = statusAt(AT_FDCWD, local(path).constData(), StatDetail::full);
     if (!status)
         return errno;
-    if (!status->isDirectory() || status->uid != ::getuid())
+    if (!status->isDirectory() || status->uid != uid)
         return EPERM;
     return 0;
 }
 
-int ensureTrashFolder(const QString& path)
+int ensureTrashFolder(const QString& path, unsigned uid)
 {
     for (const QString& folder : {path, path + QStringLiteral("/files"), path + QStringLiteral("/info")})
-        if (const int error = ensureOwnedFolder(folder))
+        if (const int error = ensureOwnedFolder(folder, uid))
             return error;
     return 0;
 }
@@ -180,13 +185,19 @@ QString homeTrashPath()
     return StoragePaths::dataHome() + QStringLiteral("/Trash");
 }
 
-TrashFolderLookup trashFolderFor(const QString& canonicalParent, quint64 itemDevice)
+TrashOwner TrashOwner::currentUser()
 {
-    const QString home = homeTrashPath();
-    QDir().mkpath(home);
+    return {::getuid(), homeTrashPath()};
+}
+
+TrashFolderLookup trashFolderFor(const QString& canonicalParent, quint64 itemDevice, const TrashOwner& owner)
+{
+    const QString home = owner.homeTrash;
+    if (owner.uid == ::getuid())
+        QDir().mkpath(home);
     const auto homeStatus = statusAt(AT_FDCWD, local(home).constData(), StatDetail::identity);
     if (homeStatus && homeStatus->device == itemDevice) {
-        if (const int error = ensureTrashFolder(home))
+        if (const int error = ensureTrashFolder(home, owner.uid))
             return {std::nullopt, error};
         return {TrashFolder{home, {}}, 0};
     }
@@ -195,15 +206,15 @@ TrashFolderLookup trashFolderFor(const QString& canonicalParent, quint64 itemDev
     if (!mount)
         return {std::nullopt, ENOENT};
     const QString top = mount->path;
-    const QString uid = QString::number(::getuid());
+    const QString uid = QString::number(owner.uid);
     const QString shared = withTrailingSlash(top) + QStringLiteral(".Trash");
     if (isUsableSharedTrash(shared)) {
         const QString own = shared + QLatin1Char('/') + uid;
-        if (ensureTrashFolder(own) == 0)
+        if (ensureTrashFolder(own, owner.uid) == 0)
             return {TrashFolder{own, top}, 0};
     }
     const QString own = withTrailingSlash(top) + QStringLiteral(".Trash-") + uid;
-    if (const int error = ensureTrashFolder(own))
+    if (const int error = ensureTrashFolder(own, owner.uid))
         return {std::nullopt, error};
     return {TrashFolder{own, top}, 0};
 }

@@ -1,0 +1,72 @@
+#include "app/AppState.h"
+#include "platform/TrashStore.h"
+#include "ui/DashboardPage.h"
+
+#include "TestSupport.h"
+#include "UiTestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+
+TEST(DashboardPage, EmptiesTheTrashThroughTheHelperAfterTheWarning)
+{
+    // Without a helper the button stays off.
+    {
+        AppState state;
+        DashboardPage page(state);
+        QSignalSpy shown(&page, &DashboardPage::trashSummaryShown);
+        ASSERT_TRUE(shown.wait(5000));
+        EXPECT_FALSE(page.emptyTrashButton()->isEnabled());
+    }
+
+    // With the real helper on a socket of its own, taken as installed.
+    FixtureTree tree;
+    const QString socket = tree.path(QStringLiteral("helper.sock"));
+    QProcess daemon;
+    daemon.start(QStringLiteral(VELLORU_HELPER_BINARY), {QStringLiteral("--socket"), socket});
+    ASSERT_TRUE(daemon.waitForStarted());
+    for (int i = 0; i < 100 && !QFileInfo::exists(socket); ++i)
+        QTest::qWait(20);
+    qputenv("VELLORU_HELPER_SOCKET", socket.toUtf8());
+    const QString trashed = homeTrashPath() + QStringLiteral("/files/old.txt");
+    QDir().mkpath(homeTrashPath() + QStringLiteral("/info"));
+    QDir().mkpath(homeTrashPath() + QStringLiteral("/files"));
+    {
+        QFile file(trashed);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("old");
+    }
+
+    {
+        AppState state;
+        DashboardPage page(state);
+        page.resize(800, 600);
+        page.show();
+        QSignalSpy shown(&page, &DashboardPage::trashSummaryShown);
+        ASSERT_TRUE(shown.wait(5000));
+        ASSERT_TRUE(page.emptyTrashButton()->isEnabled());
+        QTest::qWait(100); // let the layout follow the new texts
+        saveScreenshot(page, QStringLiteral("dashboard-trash"));
+
+        answerNextMessageBox(QStringLiteral("Cancel"));
+        QTest::mouseClick(page.emptyTrashButton(), Qt::LeftButton);
+        EXPECT_TRUE(QFileInfo::exists(trashed));
+
+        answerNextMessageBox(QStringLiteral("Empty Trash"));
+        QTest::mouseClick(page.emptyTrashButton(), Qt::LeftButton);
+        for (int i = 0; i < 300 && QFileInfo::exists(trashed); ++i)
+            QTest::qWait(20);
+        EXPECT_FALSE(QFileInfo::exists(trashed));
+        ASSERT_FALSE(state.audit().entries().isEmpty());
+        EXPECT_EQ(state.audit().entries().last().path, QStringLiteral("Empty Trash"));
+        EXPECT_EQ(state.audit().entries().last().outcome, QStringLiteral("The Trash is empty."));
+    }
+    qunsetenv("VELLORU_HELPER_SOCKET");
+    daemon.kill();
+    daemon.waitForFinished();
+}
