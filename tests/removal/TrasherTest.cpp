@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QStandardPaths>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -63,6 +64,23 @@ TEST(Trasher, TwoReportsInOneTrashKeepBothWithPutBackRecordsOthersCanRead)
     EXPECT_EQ(summary.items, 4);
     EXPECT_FALSE(summary.otherVolumesHoldItems);
     EXPECT_EQ(TrashLocations::emptyWarning(summary), TrashTexts::emptyWarning());
+}
+
+TEST(Trasher, TheDesktopsOwnToolsRestoreWhatWeTrashed)
+{
+    FixtureTree tree;
+    const QString file = tree.write(QStringLiteral("desk/letter.txt"), "dear");
+    ASSERT_TRUE(trash({file}).failed.isEmpty());
+    if (QStandardPaths::findExecutable(QStringLiteral("trash-restore")).isEmpty())
+        GTEST_SKIP() << "trash-cli is not installed";
+    // trash-restore lists what was trashed from its working folder and restores the number it is given.
+    QProcess restore;
+    restore.setWorkingDirectory(tree.path(QStringLiteral("desk")));
+    restore.start(QStringLiteral("trash-restore"), {});
+    restore.write("0\n");
+    restore.closeWriteChannel();
+    ASSERT_TRUE(restore.waitForFinished(30'000));
+    EXPECT_EQ(readWholeFile(file), "dear") << restore.readAll().toStdString();
 }
 
 TEST(Trasher, FailuresGetTheirOwnSentences)
