@@ -111,11 +111,9 @@ void printRemoval(const TrashResult& result, QTextStream& out)
         out << QStringLiteral("Moved to Trash  %1 → %2\n").arg(item.path, result.trashedURLs.value(item.path));
     for (const TrashFailure& failure : result.failed)
         out << QStringLiteral("Not moved       %1 — %2\n").arg(failure.path, failure.reason);
-    out << QStringLiteral("%1 %2 %3 %4 not moved.\n")
-               .arg(result.succeeded.size())
-               .arg(result.succeeded.size() == 1 ? QStringLiteral("item") : QStringLiteral("items"))
-               .arg(formatBytes(result.freed), SmartScanTexts::moved())
-               .arg(result.failed.size());
+    out << SmartScanTexts::removalSummary(result.succeeded.size(), result.freed) << '\n';
+    if (!result.failed.isEmpty())
+        out << QStringLiteral("%1 not moved.\n").arg(result.failed.size());
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/ByteCount.h"
+
 #include <QString>
 
 // The group titles and item reasons of Smart Scan, and the texts of its screens.
@@ -104,6 +106,15 @@ inline QString moved()
     return QStringLiteral("moved to the Trash. Empty the Trash to reclaim the space — or restore anything you "
                           "change your mind about.");
 }
+// "2 items, 420.0 kB, moved to the Trash. …": what a finished clean says, in the window and headless.
+inline QString removalSummary(qint64 items, qint64 bytes)
+{
+    return QStringLiteral("%1 %2, %3, %4")
+        .arg(items)
+        .arg(items == 1 ? QStringLiteral("item") : QStringLiteral("items"))
+        .arg(formatBytes(bytes), moved());
+}
+
 inline QString nothingSelected()
 {
     return QStringLiteral("Nothing selected");

@@ -137,9 +137,7 @@ void SmartScanPanel::showPhase()
         showSelection();
     }
     if (const auto* finished = std::get_if<ScanPhase::Done>(&phase)) {
-        m_done->setText(
-            QStringLiteral("%1, %2, %3")
-                .arg(itemCount(finished->itemsMoved), formatBytes(finished->bytesFreed), SmartScanTexts::moved()));
+        m_done->setText(SmartScanTexts::removalSummary(finished->itemsMoved, finished->bytesFreed));
         QStringList failures;
         if (const auto& removal = m_session.lastRemoval())
             for (const TrashFailure& failure : removal->failed)
