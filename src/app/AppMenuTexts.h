@@ -29,6 +29,16 @@ inline QString stopBackgroundServicesHelp()
 {
     return QStringLiteral("Unmount drives, stop the mount agent and exit the privileged helper.");
 }
+// Background services were stopped while the helper was in the middle of a disk operation.
+inline QString helperStillBusy()
+{
+    return QStringLiteral("The helper is still busy");
+}
+inline QString helperStillBusyText()
+{
+    return QStringLiteral("A disk operation is still running, so the privileged helper was left alone. The mount "
+                          "agent has stopped and the drives are unmounted.");
+}
 inline QString settings()
 {
     return QStringLiteral("Settings…");

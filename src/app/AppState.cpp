@@ -11,6 +11,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QSettings>
+#include <QTimer>
 
 namespace {
 
@@ -42,6 +43,7 @@ AppState::AppState()
     : m_audit(StoragePaths::dataFolder())
     , m_helperService(QCoreApplication::applicationDirPath() + QStringLiteral("/velloru-helper"))
     , m_helper(HelperProtocol::socketPath())
+    , m_helperRefresh(m_helper, m_helperService, HelperProtocol::version, HelperRefresh::Timing())
     , m_helperTrash(
           HelperProtocol::socketPath(), [this] { return m_helper.state() == HelperManager::State::ready; },
           homeTrashPath())
@@ -56,6 +58,9 @@ AppState::AppState()
     m_trashWatcher.start();
     m_inventory.scan();
     m_helper.refreshState(m_helperService);
+    // A helper started by hand for development is never replaced.
+    if (!HelperProtocol::socketOverridden())
+        QTimer::singleShot(0, &m_helperRefresh, [this] { m_helperRefresh.checkAndRefresh(); });
     m_inventory.startMonitoring();
 }
 
@@ -74,6 +79,25 @@ void AppState::navigate(Destination destination)
     ++m_navigationTick;
     Q_EMIT navigationTickChanged(m_navigationTick);
     select(destination);
+}
+
+void AppState::stopBackgroundServices(std::function<void(bool helperLeftBusy)> done)
+{
+    const auto stopped = [this, done = std::move(done)](bool helperLeftBusy) {
+        m_helper.stopBackground();
+        done(helperLeftBusy);
+    };
+    if (m_helper.state() != HelperManager::State::ready || m_helper.backgroundStopped())
+        return stopped(false);
+    m_helper.shutdownHelper(std::chrono::seconds(5), [stopped](HelperManager::ShutdownOutcome outcome) {
+        stopped(outcome == HelperManager::ShutdownOutcome::refused);
+    });
+}
+
+void AppState::startBackgroundServices()
+{
+    m_helper.startBackground();
+    m_helper.refreshState(m_helperService);
 }
 
 void AppState::refreshCounts()

@@ -6,6 +6,7 @@
 #include "app/SidebarCounts.h"
 #include "apps/AppInventory.h"
 #include "helper/HelperManager.h"
+#include "helper/HelperRefresh.h"
 #include "helper/HelperTrash.h"
 #include "platform/SystemdHelperService.h"
 #include "removal/AuditLog.h"
@@ -43,6 +44,8 @@ public:
     // The privileged helper's client, and how the helper is registered with systemd.
     HelperManager& helper() { return m_helper; }
     HelperService& helperService() { return m_helperService; }
+    // Brings an installed helper in step with this Velloru after an update.
+    HelperRefresh& helperRefresh() { return m_helperRefresh; }
     RunningMonitor& running() { return m_running; }
     // The mount-agent registrar follows the running-apps monitor.
     SidebarCounts& counts() { return m_counts; }
@@ -63,6 +66,12 @@ public:
     // A feature sends the user to a section.
     void navigate(Destination destination);
 
+    // Stops what runs in the background: the privileged helper is asked to exit (a helper busy with a disk
+    // operation is left alone: `done` hears so) and no new connection to it is opened until the services
+    // are started again.
+    void stopBackgroundServices(std::function<void(bool helperLeftBusy)> done);
+    void startBackgroundServices();
+
     // Recounts the sidebar badges off the main thread; the result is stored on the main thread.
     void refreshCounts();
     bool isRefreshingCounts() const { return m_countsTask != nullptr; }
@@ -77,6 +86,7 @@ private:
     AppInventory m_inventory;
     SystemdHelperService m_helperService;
     HelperManager m_helper;
+    HelperRefresh m_helperRefresh;
     HelperTrash m_helperTrash; // what the Trash mover asks for root-owned items
     RunningMonitor m_running;
     Trasher m_trasher;

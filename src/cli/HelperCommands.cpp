@@ -3,6 +3,8 @@
 #include "common/StoragePaths.h"
 #include "helper/HelperManager.h"
 #include "helper/HelperProtocol.h"
+#include "helper/HelperRefresh.h"
+#include "helper/HelperStatus.h"
 #include "helper/HelperTexts.h"
 #include "helper/MailOptimizer.h"
 #include "helper/MaintenanceRunner.h"
@@ -36,41 +38,41 @@ QString helperProgram()
     return QCoreApplication::applicationDirPath() + QStringLiteral("/velloru-helper");
 }
 
-QString statusLine(HelperManager& helper)
-{
-    switch (helper.state()) {
-    case HelperManager::State::notInstalled: return HelperTexts::notInstalledStatus();
-    case HelperManager::State::needsApproval: return HelperTexts::needsApprovalStatus();
-    case HelperManager::State::failed:
-        return HelperTexts::installFailedStatus() + QStringLiteral(" — ") + helper.failureMessage();
-    case HelperManager::State::ready: break;
-    }
-    const auto version = waitFor<std::optional<QString>>([&](auto done) { helper.installedHelperVersion(3s, done); });
-    if (!version)
-        return HelperTexts::unreachableStatus();
-    if (*version != HelperProtocol::version)
-        return HelperTexts::staleStatus()
-            + QStringLiteral(" Out of step: the helper is from Velloru %1.").arg(*version);
-    return HelperTexts::readyStatus();
-}
-
 } // namespace
 
 int runHelperCommand(CommandContext& context)
 {
     const QString action = context.arguments.value(0);
-    if (context.arguments.size() != 1 || (action != QLatin1String("status") && action != QLatin1String("install"))) {
-        context.err << "velloru helper: say “status” or “install”.\n";
+    const QStringList actions{QStringLiteral("status"), QStringLiteral("install"), QStringLiteral("uninstall")};
+    if (context.arguments.size() != 1 || !actions.contains(action)) {
+        context.err << "velloru helper: say “status”, “install” or “uninstall”.\n";
         return 2;
     }
     SystemdHelperService service(helperProgram());
     HelperManager helper(HelperProtocol::socketPath());
-    if (action == QLatin1String("install"))
+    HelperRefresh refresh(helper, service, HelperProtocol::version, HelperRefresh::Timing());
+    if (action == QLatin1String("uninstall")) {
+        if (const auto error = service.unregisterService()) {
+            context.err << QStringLiteral("The helper couldn’t be removed — %1\n").arg(error->description);
+            return 1;
+        }
+        context.out << QStringLiteral("The Maintenance Helper is removed.\n");
+        return 0;
+    }
+    if (action == QLatin1String("install")) {
+        context.err << QStringLiteral("Installing the Maintenance Helper (you’ll approve it as an administrator)…\n");
+        context.err.flush();
         helper.install(service);
-    else
+        // An older helper still running is replaced now rather than at the window's next start.
+        waitFor<HelperManager::SyncState>([&](auto done) { refresh.checkAndRefresh(done); });
+    } else {
         helper.refreshState(service);
-    context.out << HelperTexts::heading() << ": " << statusLine(helper) << '\n';
-    return helper.state() == HelperManager::State::ready ? 0 : 1;
+        if (helper.state() == HelperManager::State::ready)
+            waitFor<HelperManager::SyncState>([&](auto done) { refresh.check(done); });
+    }
+    context.out << HelperTexts::heading() << ": " << helperStatusText(helper) << '\n';
+    return helper.state() == HelperManager::State::ready && helper.syncState() == HelperManager::SyncState::inSync ? 0
+                                                                                                                   : 1;
 }
 
 int runMaintenanceCommand(CommandContext& context)
@@ -106,8 +108,12 @@ int runMaintenanceCommand(CommandContext& context)
     AuditLog log(StoragePaths::dataFolder());
     context.err << QStringLiteral("%1…\n").arg(task->title);
     context.err.flush();
+    const auto showStep = [&context](TaskStep step) {
+        context.err << QStringLiteral("  %1/%2 %3\n").arg(step.done + 1).arg(step.total).arg(step.step);
+        context.err.flush();
+    };
     const MaintenanceOutcome outcome
-        = waitFor<MaintenanceOutcome>([&](auto done) { runMaintenanceTask(helper, log, *task, done); });
+        = waitFor<MaintenanceOutcome>([&](auto done) { runMaintenanceTask(helper, log, *task, showStep, done); });
     context.out << (outcome.success ? QStringLiteral("✓ ") : QStringLiteral("✗ ")) << task->title << ": "
                 << outcome.line << '\n';
     return outcome.success ? 0 : 1;

@@ -34,6 +34,12 @@ inline const QString firstAid = QStringLiteral("firstAid");
 inline const QString flashImage = QStringLiteral("flashImage");
 inline const QString cloneDisk = QStringLiteral("cloneDisk");
 inline const QString cloneDiskContents = QStringLiteral("cloneDiskContents");
+inline const QString cancelFlash = QStringLiteral("cancelFlash");
+inline const QString signalProcess = QStringLiteral("signalProcess");
+inline const QString setProcessPriority = QStringLiteral("setProcessPriority");
+inline const QString processMemory = QStringLiteral("processMemory");
+inline const QString setUnitEnabled = QStringLiteral("setUnitEnabled");
+inline const QString createMountpoint = QStringLiteral("createMountpoint");
 } // namespace Op
 
 QByteArray frame(const QJsonObject& message);

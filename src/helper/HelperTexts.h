@@ -22,6 +22,29 @@ inline QString contactLost(const QString& description)
     return QStringLiteral("Couldn’t reach the maintenance helper: ") + description;
 }
 
+inline QString firstAidTooLong()
+{
+    return QStringLiteral("First Aid didn’t finish in time.");
+}
+// Jobs that write a whole drive, and the contents clone.
+inline QString driveJobNotSetUp()
+{
+    return QStringLiteral("The helper isn’t set up yet.");
+}
+inline QString driveJobUnavailable()
+{
+    return QStringLiteral("The helper is unavailable.");
+}
+inline QString driveJobContactLost(const QString& description)
+{
+    return QStringLiteral("Lost contact with the helper: ") + description;
+}
+// A process of another user while the helper is missing.
+inline QString systemProcess()
+{
+    return QStringLiteral("That process belongs to the system — install the Maintenance Helper to manage it.");
+}
+
 // The helper row of Settings → Services.
 inline QString heading()
 {
@@ -46,6 +69,15 @@ inline QString unreachableStatus()
 inline QString staleStatus()
 {
     return QStringLiteral("The helper needs updating to match this version of Velloru.");
+}
+inline QString updatingStatus()
+{
+    return QStringLiteral("Updating the helper…");
+}
+// Follows the stale status, naming the version that is running.
+inline QString outOfStep(const QString& installedVersion)
+{
+    return QStringLiteral("Out of step: the helper is from Velloru ") + installedVersion + QLatin1Char('.');
 }
 // Installed but its socket unit is switched off.
 inline QString needsApprovalStatus()

@@ -22,12 +22,12 @@ std::optional<qint64> measured(const LiveReading& reading, MaintenanceTask::Meas
 
 } // namespace
 
-void runMaintenanceTask(
-    HelperManager& helper, AuditLog& log, const MaintenanceTask& task, std::function<void(MaintenanceOutcome)> done)
+void runMaintenanceTask(HelperManager& helper, AuditLog& log, const MaintenanceTask& task,
+    std::function<void(TaskStep)> onStep, std::function<void(MaintenanceOutcome)> done)
 {
     const LiveReading before = readLiveMeter();
     QPointer<AuditLog> logGuard(&log);
-    helper.run(task.rawValue, std::chrono::seconds(Maintenance::taskTimeoutSeconds),
+    helper.run(task.rawValue, std::chrono::seconds(Maintenance::taskTimeoutSeconds), std::move(onStep),
         [task, before, logGuard, done = std::move(done)](TaskResult result) {
             QString line = result.message;
             if (result.success) {

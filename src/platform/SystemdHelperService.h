@@ -13,12 +13,18 @@ public:
     explicit SystemdHelperService(QString helperProgram);
 
     Status status() override;
-    std::optional<QString> install() override;
+    std::optional<Error> registerService() override;
+    std::optional<Error> unregisterService() override;
 
     static QString installedProgram();
 
-    // The root side of installing, run by "velloru-helper --install": everything but the approval.
-    static std::optional<QString> installAsRoot(const QString& fromProgram, unsigned uid);
+    // The root sides of installing and removing, run by "velloru-helper --install" and "--uninstall":
+    // everything but the approval.
+    static std::optional<Error> installAsRoot(const QString& fromProgram, unsigned uid);
+    static std::optional<Error> uninstallAsRoot();
+    // How "velloru-helper --install" reports a failure in its exit status, so the app can tell the service
+    // manager's refusals from the rest.
+    static int exitStatusFor(const Error& error);
 
 private:
     QString m_helperProgram;

@@ -1,6 +1,7 @@
 #include "ui/AppMenu.h"
 
 #include "app/AppMenuTexts.h"
+#include "app/AppState.h"
 #include "app/SettingsRouter.h"
 #include "ui/MainWindow.h"
 #include "ui/SettingsWindow.h"
@@ -8,8 +9,9 @@
 #include <QApplication>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPointer>
 
-void installAppMenu(MainWindow& window, SettingsRouter& router)
+void installAppMenu(MainWindow& window, AppState& state, SettingsRouter& router)
 {
     QMenu* menu = window.menuBar()->addMenu(QStringLiteral("&Velloru"));
     menu->setObjectName(QStringLiteral("appMenu"));
@@ -33,16 +35,22 @@ void installAppMenu(MainWindow& window, SettingsRouter& router)
     settings->setShortcut(QKeySequence::Preferences);
     menu->addSeparator();
 
-    // The mount agent and the privileged helper are not part of Velloru yet, so there is nothing to
-    // start or stop; the commands stay visible, switched off, with their help texts.
-    QAction* start = menu->addAction(AppMenuTexts::startBackgroundServices());
+    // The privileged helper is the background service Velloru has so far; the mount agent joins it when
+    // it is built.
+    QAction* start = menu->addAction(
+        AppMenuTexts::startBackgroundServices(), &window, [&state] { state.startBackgroundServices(); });
+    start->setObjectName(QStringLiteral("startBackgroundServices"));
     start->setToolTip(AppMenuTexts::startBackgroundServicesHelp());
     start->setStatusTip(AppMenuTexts::startBackgroundServicesHelp());
-    start->setEnabled(false);
-    QAction* stop = menu->addAction(AppMenuTexts::stopBackgroundServices());
+    QAction* stop = menu->addAction(AppMenuTexts::stopBackgroundServices(), &window, [&window, &state] {
+        state.stopBackgroundServices([window = QPointer<MainWindow>(&window)](bool helperLeftBusy) {
+            if (helperLeftBusy && window)
+                QMessageBox::information(window, AppMenuTexts::helperStillBusy(), AppMenuTexts::helperStillBusyText());
+        });
+    });
+    stop->setObjectName(QStringLiteral("stopBackgroundServices"));
     stop->setToolTip(AppMenuTexts::stopBackgroundServicesHelp());
     stop->setStatusTip(AppMenuTexts::stopBackgroundServicesHelp());
-    stop->setEnabled(false);
     menu->addSeparator();
 
     QAction* quit = menu->addAction(AppMenuTexts::quit(), qApp, &QApplication::closeAllWindows);

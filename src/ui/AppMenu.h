@@ -1,7 +1,8 @@
 #pragma once
 
+class AppState;
 class MainWindow;
 class SettingsRouter;
 
 // Adds the application menu to the window's menu bar.
-void installAppMenu(MainWindow& window, SettingsRouter& router);
+void installAppMenu(MainWindow& window, AppState& state, SettingsRouter& router);

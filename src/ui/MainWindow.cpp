@@ -51,7 +51,7 @@ MainWindow::MainWindow(AppState& state, SettingsRouter& router, QSettings& defau
     auto* permissions = new PermissionsStep(m_state.permissions(), m_steps);
     m_steps->addWidget(permissions);
     setCentralWidget(m_steps);
-    installAppMenu(*this, m_router);
+    installAppMenu(*this, m_state, m_router);
 
     connect(welcome, &WelcomeStep::finished, &m_startup, &StartupFlow::finishWelcome);
     connect(permissions, &PermissionsStep::finished, &m_startup, &StartupFlow::leavePermissions);

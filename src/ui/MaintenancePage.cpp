@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "common/BackgroundTask.h"
 #include "common/ByteCount.h"
+#include "helper/HelperTexts.h"
 #include "helper/MailOptimizer.h"
 #include "helper/MaintenanceRunner.h"
 #include "ui/Headings.h"
@@ -69,6 +70,7 @@ MaintenancePage::MaintenancePage(AppState& state, QWidget* parent)
     ticker->start(2000);
     updateMeter();
     showHelperState();
+    connect(&m_state.helper(), &HelperManager::changed, this, &MaintenancePage::showHelperState);
 }
 
 MaintenancePage::~MaintenancePage() = default;
@@ -134,14 +136,23 @@ void MaintenancePage::showEvent(QShowEvent* event)
 void MaintenancePage::showHelperState()
 {
     const HelperManager::State state = m_state.helper().state();
+    const bool refreshing = m_state.helper().isRefreshing();
     const QString label = state == HelperManager::State::ready ? QStringLiteral("Run")
         : state == HelperManager::State::needsApproval         ? QStringLiteral("Approve")
                                                                : QStringLiteral("Set Up");
-    for (const Card& card : std::as_const(m_cards))
-        card.button->setText(label);
+    for (auto it = m_cards.cbegin(); it != m_cards.cend(); ++it) {
+        if (m_running.contains(it.key()))
+            continue;
+        it->button->setText(label);
+        it->button->setEnabled(!refreshing);
+    }
 
-    m_prompt->setVisible(state != HelperManager::State::ready);
-    if (state == HelperManager::State::needsApproval) {
+    m_prompt->setVisible(state != HelperManager::State::ready || refreshing);
+    if (refreshing) {
+        m_prompt->setTitle(HelperTexts::updatingStatus());
+        m_promptText->setText(QStringLiteral("This version of Velloru came with a newer helper; it is replacing the "
+                                             "old one. The buttons come back when it is done."));
+    } else if (state == HelperManager::State::needsApproval) {
         m_prompt->setTitle(QStringLiteral("One more step — approve the helper"));
         m_promptText->setText(QStringLiteral("The helper is installed but switched off. Press Approve and confirm as "
                                              "an administrator to switch it on. No more prompts after that."));
@@ -177,25 +188,28 @@ void MaintenancePage::press(const MaintenanceTask& task)
         if (m_background)
             return;
         m_background = runInBackground(
-            this, [&service = m_state.helperService()] { return service.install(); },
-            [this](std::optional<QString> problem) {
+            this, [&service = m_state.helperService()] { return service.registerService(); },
+            [this](std::optional<HelperService::Error> error) {
                 m_background.reset();
-                if (problem)
-                    m_state.helper().setFailed(*problem);
-                else
-                    m_state.helper().refreshState(m_state.helperService());
-                showHelperState();
+                m_state.helper().completeInstall(m_state.helperService(), error);
             });
         return;
     }
     const Card card = m_cards.value(task.rawValue);
     card.button->setEnabled(false);
     card.button->setText(QStringLiteral("Running…"));
-    runMaintenanceTask(helper, m_state.audit(), task, [this, card](MaintenanceOutcome outcome) {
-        showResult(card.result, outcome.success, outcome.line);
-        card.button->setEnabled(true);
-        card.button->setText(QStringLiteral("Run"));
-    });
+    m_running.insert(task.rawValue);
+    const auto showStep = [card](TaskStep step) {
+        card.result->setText(QStringLiteral("Step %1 of %2: %3").arg(step.done + 1).arg(step.total).arg(step.step));
+        card.result->show();
+    };
+    runMaintenanceTask(
+        helper, m_state.audit(), task, showStep, [this, card, raw = task.rawValue](MaintenanceOutcome outcome) {
+            m_running.remove(raw);
+            showResult(card.result, outcome.success, outcome.line);
+            card.button->setEnabled(true);
+            card.button->setText(QStringLiteral("Run"));
+        });
 }
 
 void MaintenancePage::showResult(QLabel* label, bool success, const QString& line)

@@ -3,6 +3,7 @@
 #include "helper/Maintenance.h"
 
 #include <QHash>
+#include <QSet>
 #include <QWidget>
 
 #include <memory>
@@ -48,6 +49,7 @@ private:
     QGroupBox* m_prompt = nullptr;
     QLabel* m_promptText = nullptr;
     QHash<QString, Card> m_cards;
+    QSet<QString> m_running; // tasks whose button stays "Running…" whatever else changes
     QPushButton* m_mailButton = nullptr;
     QLabel* m_mailResult = nullptr;
     std::unique_ptr<std::jthread> m_background; // installing the helper or optimizing Thunderbird

@@ -4,6 +4,7 @@
 #include "app/UserDefaults.h"
 #include "common/StoragePaths.h"
 #include "helper/HelperManager.h"
+#include "helper/HelperStatus.h"
 #include "helper/HelperTexts.h"
 
 #include <QComboBox>
@@ -59,14 +60,8 @@ QWidget* SettingsWindow::makeServicesTab(HelperManager& helper)
     auto* status = new QLabel(tab);
     status->setObjectName(QStringLiteral("helperStatus"));
     status->setWordWrap(true);
-    switch (helper.state()) {
-    case HelperManager::State::ready: status->setText(HelperTexts::readyStatus()); break;
-    case HelperManager::State::notInstalled: status->setText(HelperTexts::notInstalledStatus()); break;
-    case HelperManager::State::needsApproval: status->setText(HelperTexts::needsApprovalStatus()); break;
-    case HelperManager::State::failed:
-        status->setText(HelperTexts::installFailedStatus() + QStringLiteral(" — ") + helper.failureMessage());
-        break;
-    }
+    status->setText(helperStatusText(helper));
+    connect(&helper, &HelperManager::changed, status, [status, &helper] { status->setText(helperStatusText(helper)); });
     form->addRow(HelperTexts::heading() + QLatin1Char(':'), status);
     // The mount agent reports its state here once it is part of Velloru.
     form->addRow(

@@ -6,6 +6,7 @@
 #include "platform/TrashStore.h"
 #include "removal/AuditLog.h"
 
+#include "HelperDaemonFixture.h"
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -27,64 +28,6 @@
 #include <unistd.h>
 
 using namespace std::chrono_literals;
-
-namespace {
-
-// The real helper daemon on a socket of its own, with quick stand-in programs for its tasks.
-class HelperDaemonTest : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        QFile::setPermissions(tree.path(), QFileDevice::Permissions(0x7755));
-        tree.write(QStringLiteral("tasks.json"),
-            R"({"hang": [["sleep", "30"]], "slow": [["sleep", "2"]], "quick": [["true"]], "broken": [["false"]]})");
-        socketPath = tree.path(QStringLiteral("run/helper.sock"));
-        daemon.setProcessChannelMode(QProcess::MergedChannels);
-        daemon.start(QStringLiteral(VELLORU_HELPER_BINARY),
-            {QStringLiteral("--socket"), socketPath, QStringLiteral("--tasks"), tree.path(QStringLiteral("tasks.json")),
-                QStringLiteral("--task-timeout"), QStringLiteral("20"), QStringLiteral("--allow-uid"),
-                QStringLiteral("65534")});
-        ASSERT_TRUE(daemon.waitForStarted());
-        for (int i = 0; i < 100 && !QFileInfo::exists(socketPath); ++i)
-            QTest::qWait(20);
-        ASSERT_TRUE(QFileInfo::exists(socketPath)) << daemon.readAll().toStdString();
-        helper = std::make_unique<HelperManager>(socketPath);
-        helper->setState(HelperManager::State::ready);
-    }
-
-    void TearDown() override
-    {
-        helper.reset();
-        daemon.kill();
-        daemon.waitForFinished();
-    }
-
-    // Runs a task and waits for its one answer.
-    TaskResult runTask(const QString& task, std::chrono::milliseconds timeout)
-    {
-        std::optional<TaskResult> result;
-        helper->run(task, timeout, [&result](TaskResult r) { result = r; });
-        for (int i = 0; i < 1000 && !result; ++i)
-            QTest::qWait(10);
-        return result.value_or(TaskResult{false, QStringLiteral("no callback"), 0});
-    }
-
-    HelperManager::Reply callAndWait(const QString& op, const QJsonObject& arguments)
-    {
-        std::optional<HelperManager::Reply> reply;
-        helper->call(op, arguments, 5s, [&reply](HelperManager::Reply r) { reply = std::move(r); });
-        for (int i = 0; i < 500 && !reply; ++i)
-            QTest::qWait(10);
-        return reply.value_or(QStringLiteral("no callback"));
-    }
-
-    FixtureTree tree;
-    QString socketPath;
-    QProcess daemon;
-    std::unique_ptr<HelperManager> helper;
-};
-
-} // namespace
 
 TEST_F(HelperDaemonTest, AnswersVersionTasksAndRefusesPathsOutsideItsReach)
 {
@@ -120,7 +63,7 @@ TEST_F(HelperDaemonTest, SilenceBecomesNoAnswerAndALateReplyIsIgnored)
     EXPECT_EQ(runTask(QStringLiteral("hang"), 300ms).message, HelperTexts::noAnswer());
 
     int callbacks = 0;
-    helper->run(QStringLiteral("slow"), 500ms, [&callbacks](TaskResult result) {
+    helper->run(QStringLiteral("slow"), 500ms, {}, [&callbacks](TaskResult result) {
         ++callbacks;
         EXPECT_EQ(result.message, HelperTexts::noAnswer());
     });
@@ -134,13 +77,13 @@ TEST_F(HelperDaemonTest, AMaintenanceRunIsRecordedInTheActivityLog)
     AuditLog log(tree.path(QStringLiteral("Velloru")));
     const MaintenanceTask task{QStringLiteral("quick"), QStringLiteral("Quick Task"), {}, {}, {}};
     std::optional<MaintenanceOutcome> outcome;
-    runMaintenanceTask(*helper, log, task, [&outcome](MaintenanceOutcome o) { outcome = o; });
+    runMaintenanceTask(*helper, log, task, {}, [&outcome](MaintenanceOutcome o) { outcome = o; });
     while (!outcome)
         QTest::qWait(10);
     EXPECT_TRUE(outcome->success);
     const MaintenanceTask broken{QStringLiteral("broken"), QStringLiteral("Broken Task"), {}, {}, {}};
     outcome.reset();
-    runMaintenanceTask(*helper, log, broken, [&outcome](MaintenanceOutcome o) { outcome = o; });
+    runMaintenanceTask(*helper, log, broken, {}, [&outcome](MaintenanceOutcome o) { outcome = o; });
     while (!outcome)
         QTest::qWait(10);
     EXPECT_FALSE(outcome->success);
@@ -229,7 +172,7 @@ TEST_F(HelperDaemonTest, TheTrashMoverAsksTheHelperForRootOwnedItems)
 TEST_F(HelperDaemonTest, ShutdownIsRefusedWhileAJobRuns)
 {
     std::optional<TaskResult> slow;
-    helper->run(QStringLiteral("slow"), 10s, [&slow](TaskResult r) { slow = r; });
+    helper->run(QStringLiteral("slow"), 10s, {}, [&slow](TaskResult r) { slow = r; });
     QTest::qWait(200);
     std::optional<HelperManager::ShutdownOutcome> outcome;
     helper->shutdownHelper(5s, [&outcome](HelperManager::ShutdownOutcome o) { outcome = o; });
@@ -283,12 +226,12 @@ TEST(HelperManager, AnswersAtOnceWhenNotSetUpOrStopped)
 {
     HelperManager helper(QStringLiteral("/nonexistent/helper.sock"));
     TaskResult result;
-    helper.run(QStringLiteral("flushDNS"), 1s, [&result](TaskResult r) { result = r; });
+    helper.run(QStringLiteral("flushDNS"), 1s, {}, [&result](TaskResult r) { result = r; });
     EXPECT_EQ(result.message, HelperTexts::notSetUp());
 
     helper.setState(HelperManager::State::ready);
     helper.stopBackground();
-    helper.run(QStringLiteral("flushDNS"), 1s, [&result](TaskResult r) { result = r; });
+    helper.run(QStringLiteral("flushDNS"), 1s, {}, [&result](TaskResult r) { result = r; });
     EXPECT_EQ(result.message, HelperTexts::unavailable());
 }
 

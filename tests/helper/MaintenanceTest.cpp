@@ -3,6 +3,7 @@
 #include "helper/HelperService.h"
 #include "helper/MailOptimizer.h"
 
+#include "FakeHelperService.h"
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -26,21 +27,6 @@ QString makeBloatedDatabase(FixtureTree& tree, const QString& profile)
     sqlite.waitForFinished();
     return path;
 }
-
-class ScriptedService : public HelperService {
-public:
-    Status next = Status::notInstalled;
-    std::optional<QString> installProblem;
-    int installs = 0;
-    Status status() override { return next; }
-    std::optional<QString> install() override
-    {
-        ++installs;
-        if (!installProblem)
-            next = Status::enabled;
-        return installProblem;
-    }
-};
 
 } // namespace
 
@@ -100,21 +86,30 @@ TEST(Maintenance, MeasuredChangesNeverGoNegative)
 
 TEST(HelperManager, StateFollowsTheServiceAndAFailedInstallSaysWhy)
 {
-    ScriptedService service;
+    LogCapture log;
+    FakeHelperService service;
     HelperManager helper(QStringLiteral("/nonexistent.sock"));
     helper.refreshState(service);
     EXPECT_EQ(helper.state(), HelperManager::State::notInstalled);
-    service.next = HelperService::Status::installedNotEnabled;
+    service.setStatus(HelperService::Status::installedNotEnabled);
     helper.refreshState(service);
     EXPECT_EQ(helper.state(), HelperManager::State::needsApproval);
 
-    service.installProblem = QStringLiteral("The helper couldn’t be installed — the approval was not given.");
+    service.failNextRegistrations({{QStringLiteral("pkexec"), 126, QStringLiteral("The approval was not given.")}});
     helper.install(service);
     EXPECT_EQ(helper.state(), HelperManager::State::failed);
-    EXPECT_EQ(helper.failureMessage(), *service.installProblem);
+    EXPECT_EQ(helper.failureMessage(), QStringLiteral("The approval was not given."));
+    EXPECT_TRUE(log.contains(QStringLiteral("Velloru helper: register() failed domain=pkexec code=126 The approval "
+                                            "was not given.")));
 
-    service.installProblem.reset();
+    // systemd refusing a service that is already there and running is no failure.
+    service.setStatus(HelperService::Status::enabled);
+    service.failNextRegistrations({{HelperService::serviceManagerDomain, 1, QStringLiteral("Unit exists.")}});
     helper.install(service);
     EXPECT_EQ(helper.state(), HelperManager::State::ready);
-    EXPECT_EQ(service.installs, 2);
+
+    service.setStatus(HelperService::Status::notInstalled);
+    helper.install(service);
+    EXPECT_EQ(helper.state(), HelperManager::State::ready);
+    EXPECT_EQ(service.registrations(), 3);
 }

@@ -2,6 +2,8 @@
 
 #include "common/ByteCount.h"
 #include "helper/HelperProtocol.h"
+#include "helper/daemon/CommandRunner.h"
+#include "helper/daemon/SystemControl.h"
 #include "platform/FileAccess.h"
 #include "platform/FileStatus.h"
 #include "platform/MaintenanceCommands.h"
@@ -12,8 +14,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QStorageInfo>
 
 #include <cerrno>
@@ -26,34 +26,9 @@ void helperLog(const QString& message)
     qInfo().noquote() << QStringLiteral("Velloru helper: ") + message;
 }
 
-QString notInThisVersion(const QString& op)
+QString notInThisEdition(const QString& op)
 {
-    return QStringLiteral("“%1” isn’t available in this version of the helper yet.").arg(op);
-}
-
-struct CommandOutcome {
-    bool ran = false; // false when the program is not installed
-    bool succeeded = false;
-    QString problem;
-};
-
-// Runs one command without a shell, killing it at the time limit.
-CommandOutcome runCommand(const QStringList& command, std::chrono::seconds timeout)
-{
-    const QString program = QStandardPaths::findExecutable(command.first());
-    if (program.isEmpty())
-        return {};
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, command.mid(1));
-    if (!process.waitForFinished(int(std::chrono::milliseconds(timeout).count()))) {
-        process.kill();
-        process.waitForFinished(2000);
-        return {true, false, QStringLiteral("%1 didn’t finish in time").arg(command.first())};
-    }
-    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-        return {true, false, QStringLiteral("%1 failed (exit status %2)").arg(command.first()).arg(process.exitCode())};
-    return {true, true, {}};
+    return QStringLiteral("“%1” isn’t available in this edition of Velloru yet.").arg(op);
 }
 
 QJsonArray pathsOf(const QJsonValue& value)
@@ -69,24 +44,28 @@ QJsonObject taskResultJson(bool success, const QString& message, qint64 freedByt
         {QStringLiteral("freedBytes"), freedBytes}};
 }
 
-HelperOperations::HelperOperations(PathPolicy policy, TaskCommands tasks, std::chrono::seconds taskTimeout)
+HelperOperations::HelperOperations(
+    PathPolicy policy, TaskCommands tasks, std::chrono::seconds taskTimeout, QString mountRoot)
     : m_policy(std::move(policy))
     , m_tasks(std::move(tasks))
     , m_taskTimeout(taskTimeout)
+    , m_mountRoot(std::move(mountRoot))
 {
 }
 
 bool HelperOperations::isLong(const QString& op)
 {
-    return op == HelperProtocol::Op::performMaintenance || op == HelperProtocol::Op::sizesOfPaths
-        || op == HelperProtocol::Op::moveItemsToTrash;
+    namespace Op = HelperProtocol::Op;
+    return op == Op::performMaintenance || op == Op::sizesOfPaths || op == Op::moveItemsToTrash || op == Op::emptyTrash
+        || op == Op::processMemory || op == Op::setUnitEnabled;
 }
 
-QJsonObject HelperOperations::perform(const QString& op, const QJsonObject& arguments, unsigned callerUid) const
+QJsonObject HelperOperations::perform(
+    const QString& op, const QJsonObject& arguments, unsigned callerUid, const Progress& progress) const
 {
     namespace Op = HelperProtocol::Op;
     if (op == Op::performMaintenance)
-        return performMaintenance(arguments.value(u"task").toString());
+        return performMaintenance(arguments.value(u"task").toString(), progress);
     if (op == Op::existing)
         return existing(pathsOf(arguments.value(u"paths")));
     if (op == Op::listChildren)
@@ -98,12 +77,25 @@ QJsonObject HelperOperations::perform(const QString& op, const QJsonObject& argu
     if (op == Op::moveItemsToTrash)
         return moveItemsToTrash(
             pathsOf(arguments.value(u"paths")), arguments.value(u"userTrash").toString(), callerUid);
+    if (op == Op::signalProcess)
+        return signalProcess(arguments.value(u"pid").toInt(), arguments.value(u"signal").toInt());
+    if (op == Op::setProcessPriority)
+        return setProcessPriority(arguments.value(u"pid").toInt(), arguments.value(u"nice").toInt(100));
+    if (op == Op::processMemory)
+        return processMemory();
+    if (op == Op::setUnitEnabled)
+        return setUnitEnabled(arguments.value(u"unit").toString(), arguments.value(u"enabled").toBool(), m_taskTimeout);
+    if (op == Op::createMountpoint)
+        return createMountpoint(
+            m_mountRoot, arguments.value(u"name").toString(), arguments.value(u"uid").toInteger(-1), callerUid);
+    if (op == Op::cancelFlash)
+        return taskResultJson(false, QStringLiteral("Nothing is being written to a drive."));
     if (op == Op::firstAid || op == Op::flashImage || op == Op::cloneDisk || op == Op::cloneDiskContents)
-        return taskResultJson(false, notInThisVersion(op));
+        return taskResultJson(false, notInThisEdition(op));
     return {{QStringLiteral("error"), QStringLiteral("The helper has no operation “%1”.").arg(op)}};
 }
 
-QJsonObject HelperOperations::performMaintenance(const QString& task) const
+QJsonObject HelperOperations::performMaintenance(const QString& task, const Progress& progress) const
 {
     const auto commands = m_tasks.constFind(task);
     if (commands == m_tasks.cend())
@@ -113,7 +105,10 @@ QJsonObject HelperOperations::performMaintenance(const QString& task) const
     const qint64 freeBefore = root.bytesAvailable();
     const auto cachedBefore = cachedFileMemory();
     int ran = 0;
-    for (const QStringList& command : *commands) {
+    for (qsizetype done = 0; done < commands->size(); ++done) {
+        const QStringList& command = commands->at(done);
+        progress({{QStringLiteral("step"), command.join(u' ')}, {QStringLiteral("done"), done},
+            {QStringLiteral("total"), commands->size()}});
         const CommandOutcome outcome = runCommand(command, m_taskTimeout);
         if (outcome.ran && !outcome.succeeded)
             return taskResultJson(false, outcome.problem + QLatin1Char('.'));

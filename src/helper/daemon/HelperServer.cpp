@@ -18,10 +18,11 @@ void helperLog(const QString& message)
 
 } // namespace
 
-HelperServer::HelperServer(QSet<unsigned> allowedUids, HelperOperations operations, QObject* parent)
+HelperServer::HelperServer(QSet<unsigned> allowedUids, HelperOperations operations, QString version, QObject* parent)
     : QObject(parent)
     , m_allowedUids(std::move(allowedUids))
     , m_operations(std::move(operations))
+    , m_version(std::move(version))
 {
     connect(&m_server, &QLocalServer::newConnection, this, &HelperServer::accept);
 }
@@ -30,6 +31,13 @@ HelperServer::~HelperServer()
 {
     // The jobs refer to the operations; wait for them before those go.
     m_jobs.clear();
+    // Connections closing as they are destroyed must not reach a half-destroyed server.
+    const QList<QLocalSocket*> sockets = m_peers.keys();
+    m_peers.clear();
+    for (QLocalSocket* socket : sockets) {
+        socket->disconnect(this);
+        delete socket;
+    }
 }
 
 std::optional<QString> HelperServer::listen(const QString& socketPath)
@@ -40,7 +48,7 @@ std::optional<QString> HelperServer::listen(const QString& socketPath)
     m_server.setSocketOptions(QLocalServer::WorldAccessOption);
     if (!m_server.listen(socketPath))
         return QStringLiteral("Couldn’t listen on %1 — %2.").arg(socketPath, m_server.errorString());
-    helperLog(QStringLiteral("listening socket=%1 version=%2").arg(socketPath, HelperProtocol::version));
+    helperLog(QStringLiteral("listening socket=%1 version=%2").arg(socketPath, m_version));
     return std::nullopt;
 }
 
@@ -48,7 +56,7 @@ std::optional<QString> HelperServer::adopt(int listeningSocket)
 {
     if (!m_server.listen(qintptr(listeningSocket)))
         return QStringLiteral("Couldn’t serve the socket systemd handed over — %1.").arg(m_server.errorString());
-    helperLog(QStringLiteral("serving the socket systemd handed over version=%1").arg(HelperProtocol::version));
+    helperLog(QStringLiteral("serving the socket systemd handed over version=%1").arg(m_version));
     return std::nullopt;
 }
 
@@ -99,7 +107,7 @@ void HelperServer::handle(QLocalSocket* socket, const QJsonObject& request)
     helperLog(QStringLiteral("request op=%1 id=%2 uid=%3").arg(op).arg(id).arg(uid));
 
     if (op == Op::version) {
-        send(socket, id, {{QStringLiteral("version"), HelperProtocol::version}});
+        send(socket, id, {{QStringLiteral("version"), m_version}});
         return;
     }
     if (op == Op::shutdown) {
@@ -111,7 +119,7 @@ void HelperServer::handle(QLocalSocket* socket, const QJsonObject& request)
         return;
     }
     if (!HelperOperations::isLong(op)) {
-        send(socket, id, m_operations.perform(op, arguments, uid));
+        send(socket, id, m_operations.perform(op, arguments, uid, [](const QJsonObject&) {}));
         return;
     }
 
@@ -119,7 +127,16 @@ void HelperServer::handle(QLocalSocket* socket, const QJsonObject& request)
     const quint64 job = m_nextJob++;
     QPointer<QLocalSocket> replyTo(socket);
     m_jobs.insert(job, std::make_shared<std::jthread>([this, job, replyTo, id, op, arguments, uid] {
-        QJsonObject reply = m_operations.perform(op, arguments, uid);
+        const auto progress = [this, replyTo, id](const QJsonObject& report) {
+            QMetaObject::invokeMethod(
+                this,
+                [this, replyTo, id, report] {
+                    if (replyTo)
+                        write(replyTo, {{QStringLiteral("id"), id}, {QStringLiteral("progress"), report}});
+                },
+                Qt::QueuedConnection);
+        };
+        QJsonObject reply = m_operations.perform(op, arguments, uid, progress);
         QMetaObject::invokeMethod(
             this,
             [this, job, replyTo, id, reply] {
@@ -136,6 +153,11 @@ void HelperServer::handle(QLocalSocket* socket, const QJsonObject& request)
 
 void HelperServer::send(QLocalSocket* socket, qint64 id, const QJsonObject& reply)
 {
-    socket->write(HelperProtocol::frame({{QStringLiteral("id"), id}, {QStringLiteral("reply"), reply}}));
+    write(socket, {{QStringLiteral("id"), id}, {QStringLiteral("reply"), reply}});
+}
+
+void HelperServer::write(QLocalSocket* socket, const QJsonObject& message)
+{
+    socket->write(HelperProtocol::frame(message));
     socket->flush();
 }

@@ -19,7 +19,8 @@ class HelperServer : public QObject {
     Q_OBJECT
 
 public:
-    HelperServer(QSet<unsigned> allowedUids, HelperOperations operations, QObject* parent = nullptr);
+    // `version`: what the helper reports as its version (the one it was built with).
+    HelperServer(QSet<unsigned> allowedUids, HelperOperations operations, QString version, QObject* parent = nullptr);
     ~HelperServer() override;
 
     // Listens on `socketPath`, replacing a stale socket file; a sentence saying what failed otherwise.
@@ -41,9 +42,11 @@ private:
     void read(QLocalSocket* socket);
     void handle(QLocalSocket* socket, const QJsonObject& request);
     void send(QLocalSocket* socket, qint64 id, const QJsonObject& reply);
+    void write(QLocalSocket* socket, const QJsonObject& message);
 
     QSet<unsigned> m_allowedUids;
     HelperOperations m_operations;
+    QString m_version;
     QLocalServer m_server;
     QHash<QLocalSocket*, Peer> m_peers;
     int m_inFlight = 0; // long jobs running now; read and written on the server's thread only

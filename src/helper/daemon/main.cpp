@@ -68,10 +68,13 @@ int main(int argc, char** argv)
         QStringLiteral("tasks"), QStringLiteral("Maintenance commands as JSON (tests)."), QStringLiteral("file"));
     const QCommandLineOption timeout(QStringLiteral("task-timeout"), QStringLiteral("Seconds a task may run."),
         QStringLiteral("seconds"), QStringLiteral("110"));
+    const QCommandLineOption mountRoot(QStringLiteral("mount-root"), QStringLiteral("Where mount points are made."),
+        QStringLiteral("folder"), QStringLiteral("/mnt/velloru"));
     const QCommandLineOption install(QStringLiteral("install"), QStringLiteral("Install the helper (as root)."));
+    const QCommandLineOption uninstall(QStringLiteral("uninstall"), QStringLiteral("Remove the helper (as root)."));
     const QCommandLineOption forUid(
         QStringLiteral("for-uid"), QStringLiteral("The user to install for."), QStringLiteral("uid"));
-    parser.addOptions({socket, allow, tasks, timeout, install, forUid});
+    parser.addOptions({socket, allow, tasks, timeout, mountRoot, install, uninstall, forUid});
     parser.process(app);
 
     if (parser.isSet(install)) {
@@ -83,13 +86,20 @@ int main(int argc, char** argv)
         }
         const auto problem = SystemdHelperService::installAsRoot(QCoreApplication::applicationFilePath(), uid);
         if (problem)
-            qCritical().noquote() << *problem;
-        return problem ? 1 : 0;
+            qCritical().noquote() << problem->description;
+        return problem ? SystemdHelperService::exitStatusFor(*problem) : 0;
+    }
+    if (parser.isSet(uninstall)) {
+        const auto problem = SystemdHelperService::uninstallAsRoot();
+        if (problem)
+            qCritical().noquote() << problem->description;
+        return problem ? SystemdHelperService::exitStatusFor(*problem) : 0;
     }
 
     HelperServer server(readAllowedUids(parser.values(allow)),
-        HelperOperations(
-            PathPolicy(), readTasks(parser.value(tasks)), std::chrono::seconds(parser.value(timeout).toInt())));
+        HelperOperations(PathPolicy(), readTasks(parser.value(tasks)),
+            std::chrono::seconds(parser.value(timeout).toInt()), parser.value(mountRoot)),
+        HelperProtocol::version);
     // Started by systemd's socket unit, the helper serves the socket it was handed.
     const auto handed = systemdListeningSocket();
     if (const auto problem = handed ? server.adopt(*handed) : server.listen(parser.value(socket))) {

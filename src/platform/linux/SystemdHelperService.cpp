@@ -8,6 +8,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <cstdio>
 #include <unistd.h>
 
 namespace {
@@ -80,47 +81,101 @@ HelperService::Status SystemdHelperService::status()
     return enabled.status == 0 ? Status::enabled : Status::installedNotEnabled;
 }
 
-std::optional<QString> SystemdHelperService::install()
+namespace {
+
+const QString installerDomain = QStringLiteral("velloru-helper");
+// The exit status of "velloru-helper --install" when systemd refused; any other failure exits with 1.
+constexpr int serviceManagerRefused = 3;
+
+std::optional<HelperService::Error> systemctl(const QStringList& arguments)
+{
+    const ToolRun run = runTool(QStringLiteral("systemctl"), arguments);
+    if (run.status == 0)
+        return std::nullopt;
+    return HelperService::Error{HelperService::serviceManagerDomain, run.status,
+        run.output.isEmpty() ? QStringLiteral("systemctl %1 failed").arg(arguments.join(u' ')) : run.output};
+}
+
+// Runs the helper's own installer or remover as root, through pkexec unless Velloru already is root.
+std::optional<HelperService::Error> asAdministrator(const QString& helperProgram, const QStringList& arguments)
+{
+    const ToolRun run = runTool(QStringLiteral("pkexec"), QStringList{helperProgram} + arguments, 300'000);
+    if (run.status == 0)
+        return std::nullopt;
+    // pkexec itself answers 126 when the approval was dismissed and 127 when it was not given.
+    if (run.status == 126 || run.status == 127 || run.status < 0)
+        return HelperService::Error{QStringLiteral("pkexec"), run.status,
+            run.output.isEmpty() ? QStringLiteral("The administrator’s approval was not given.") : run.output};
+    return HelperService::Error{
+        run.status == serviceManagerRefused ? HelperService::serviceManagerDomain : installerDomain, run.status,
+        run.output};
+}
+
+} // namespace
+
+std::optional<HelperService::Error> SystemdHelperService::registerService()
 {
     const unsigned uid = ::getuid();
     if (uid == 0)
         return installAsRoot(m_helperProgram, uid);
-    const ToolRun approved = runTool(QStringLiteral("pkexec"),
-        {m_helperProgram, QStringLiteral("--install"), QStringLiteral("--for-uid"), QString::number(uid)}, 300'000);
-    if (approved.status == 0)
-        return std::nullopt;
-    return QStringLiteral("The helper couldn’t be installed — %1.")
-        .arg(approved.output.isEmpty() ? QStringLiteral("the approval was not given") : approved.output);
+    return asAdministrator(
+        m_helperProgram, {QStringLiteral("--install"), QStringLiteral("--for-uid"), QString::number(uid)});
 }
 
-std::optional<QString> SystemdHelperService::installAsRoot(const QString& fromProgram, unsigned uid)
+std::optional<HelperService::Error> SystemdHelperService::unregisterService()
 {
+    if (::getuid() == 0)
+        return uninstallAsRoot();
+    return asAdministrator(installedProgram(), {QStringLiteral("--uninstall")});
+}
+
+int SystemdHelperService::exitStatusFor(const Error& error)
+{
+    return error.domain == serviceManagerDomain ? serviceManagerRefused : 1;
+}
+
+std::optional<HelperService::Error> SystemdHelperService::installAsRoot(const QString& fromProgram, unsigned uid)
+{
+    const auto failed = [](const QString& description) { return Error{installerDomain, 1, description}; };
     // A root daemon must never run a file its user could change, so the program is copied somewhere only
     // root can write.
     const QString target = installedProgram();
+    const QString staged = target + QStringLiteral(".new");
     QDir().mkpath(QFileInfo(target).absolutePath());
-    QFile::remove(target + QStringLiteral(".new"));
-    if (!QFile::copy(fromProgram, target + QStringLiteral(".new")))
-        return QStringLiteral("Couldn’t copy %1 to %2.").arg(fromProgram, target);
-    QFile::setPermissions(target + QStringLiteral(".new"),
+    QFile::remove(staged);
+    if (!QFile::copy(fromProgram, staged))
+        return failed(QStringLiteral("Couldn’t copy %1 to %2.").arg(fromProgram, target));
+    QFile::setPermissions(staged,
         QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner | QFileDevice::ReadGroup
             | QFileDevice::ExeGroup | QFileDevice::ReadOther | QFileDevice::ExeOther);
-    QFile::remove(target);
-    if (!QFile::rename(target + QStringLiteral(".new"), target))
-        return QStringLiteral("Couldn’t put the helper at %1.").arg(target);
+    // A rename replaces the program even while an older helper is still running it.
+    if (::rename(QFile::encodeName(staged).constData(), QFile::encodeName(target).constData()) != 0)
+        return failed(QStringLiteral("Couldn’t put the helper at %1.").arg(target));
 
     for (const auto& [path, text] : {std::pair{unitFolder + QLatin1Char('/') + socketUnit, socketUnitText()},
              std::pair{unitFolder + QLatin1Char('/') + serviceUnit, serviceUnitText()},
              std::pair{usersFile, QByteArray::number(uid) + '\n'}})
         if (const auto problem = writeFileAtomically(path, text))
-            return problem;
+            return failed(*problem);
 
-    const ToolRun reload = runTool(QStringLiteral("systemctl"), {QStringLiteral("daemon-reload")});
-    const ToolRun enable
-        = runTool(QStringLiteral("systemctl"), {QStringLiteral("enable"), QStringLiteral("--now"), socketUnit});
-    if (reload.status != 0 || enable.status != 0)
-        return QStringLiteral("systemd didn’t enable the helper — %1")
-            .arg(enable.output.isEmpty() ? reload.output : enable.output);
+    if (auto refused = systemctl({QStringLiteral("daemon-reload")}))
+        return refused;
+    return systemctl({QStringLiteral("enable"), QStringLiteral("--now"), socketUnit});
+}
+
+std::optional<HelperService::Error> SystemdHelperService::uninstallAsRoot()
+{
+    // Stopping the socket first means nothing starts the daemon again while it is being removed. Without
+    // a running systemd there is nothing to stop, so only the files decide whether the helper is gone.
+    systemctl({QStringLiteral("disable"), QStringLiteral("--now"), socketUnit});
+    systemctl({QStringLiteral("stop"), serviceUnit});
+    for (const QString& path : {unitFolder + QLatin1Char('/') + socketUnit, unitFolder + QLatin1Char('/') + serviceUnit,
+             usersFile, installedProgram()})
+        if (QFileInfo::exists(path) && !QFile::remove(path))
+            return Error{installerDomain, 1, QStringLiteral("Couldn’t remove %1.").arg(path)};
+    QDir().rmdir(QFileInfo(usersFile).absolutePath());
+    QDir().rmdir(QFileInfo(installedProgram()).absolutePath());
+    systemctl({QStringLiteral("daemon-reload")});
     return std::nullopt;
 }
 

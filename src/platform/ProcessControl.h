@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+// The memory of one process. Other users' figures can only be read as root.
+struct ProcessMemory {
+    int pid = 0;
+    unsigned uid = 0;
+    QString name;
+    qint64 residentBytes = 0;
+    qint64 proportionalBytes = 0; // resident memory with shared pages divided among their users
+    qint64 swappedBytes = 0;
+};
+
+// Every process whose memory could be read from `procRoot`; processes that end meanwhile are left out.
+QList<ProcessMemory> readProcessMemory(const QString& procRoot = QStringLiteral("/proc"));
+
+// A kernel thread: it has no program of its own and must not be signalled or re-prioritised.
+bool isKernelThread(int pid, const QString& procRoot = QStringLiteral("/proc"));
+
+// Each answers 0 on success, otherwise the error number.
+int sendSignal(int pid, int signal);
+int setNiceValue(int pid, int nice);

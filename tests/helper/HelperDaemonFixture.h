@@ -1,0 +1,81 @@
+#pragma once
+
+#include "helper/HelperManager.h"
+
+#include "TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTest>
+
+#include <chrono>
+#include <memory>
+
+using namespace std::chrono_literals;
+
+// The real helper daemon on a socket of its own, with quick stand-in programs for its tasks and for
+// systemctl, and its mount points made in the test's folder.
+class HelperDaemonTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        QFile::setPermissions(tree.path(), QFileDevice::Permissions(0x7755));
+        tree.write(QStringLiteral("tasks.json"),
+            R"({"hang": [["sleep", "30"]], "slow": [["sleep", "2"]], "quick": [["true"]], "broken": [["false"]],
+                "twoSteps": [["true", "first"], ["true", "second"]]})");
+        // systemctl is a stand-in that writes down how it was called.
+        const QString log = tree.path(QStringLiteral("systemctl.log"));
+        tree.write(QStringLiteral("bin/systemctl"), "#!/bin/sh\necho \"$@\" >> '" + QFile::encodeName(log) + "'\n");
+        QFile::setPermissions(tree.path(QStringLiteral("bin/systemctl")), QFileDevice::Permissions(0x7755));
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("PATH"),
+            tree.path(QStringLiteral("bin")) + QLatin1Char(':') + environment.value(QStringLiteral("PATH")));
+        daemon.setProcessEnvironment(environment);
+        socketPath = tree.path(QStringLiteral("run/helper.sock"));
+        daemon.setProcessChannelMode(QProcess::MergedChannels);
+        daemon.start(QStringLiteral(VELLORU_HELPER_BINARY),
+            {QStringLiteral("--socket"), socketPath, QStringLiteral("--tasks"), tree.path(QStringLiteral("tasks.json")),
+                QStringLiteral("--task-timeout"), QStringLiteral("20"), QStringLiteral("--allow-uid"),
+                QStringLiteral("65534"), QStringLiteral("--mount-root"), tree.path(QStringLiteral("mnt"))});
+        ASSERT_TRUE(daemon.waitForStarted());
+        for (int i = 0; i < 100 && !QFileInfo::exists(socketPath); ++i)
+            QTest::qWait(20);
+        ASSERT_TRUE(QFileInfo::exists(socketPath)) << daemon.readAll().toStdString();
+        helper = std::make_unique<HelperManager>(socketPath);
+        helper->setState(HelperManager::State::ready);
+    }
+
+    void TearDown() override
+    {
+        helper.reset();
+        daemon.kill();
+        daemon.waitForFinished();
+    }
+
+    // Runs a task and waits for its one answer.
+    TaskResult runTask(const QString& task, std::chrono::milliseconds timeout)
+    {
+        std::optional<TaskResult> result;
+        helper->run(task, timeout, {}, [&result](TaskResult r) { result = r; });
+        for (int i = 0; i < 1000 && !result; ++i)
+            QTest::qWait(10);
+        return result.value_or(TaskResult{false, QStringLiteral("no callback"), 0});
+    }
+
+    HelperManager::Reply callAndWait(const QString& op, const QJsonObject& arguments)
+    {
+        std::optional<HelperManager::Reply> reply;
+        helper->call(op, arguments, 5s, [&reply](HelperManager::Reply r) { reply = std::move(r); });
+        for (int i = 0; i < 500 && !reply; ++i)
+            QTest::qWait(10);
+        return reply.value_or(QStringLiteral("no callback"));
+    }
+
+    FixtureTree tree;
+    QString socketPath;
+    QProcess daemon;
+    std::unique_ptr<HelperManager> helper;
+};
