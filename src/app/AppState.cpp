@@ -58,8 +58,9 @@ AppState::AppState()
     m_trashWatcher.start();
     m_inventory.scan();
     m_helper.refreshState(m_helperService);
-    // A helper started by hand for development is never replaced.
-    if (!HelperProtocol::socketOverridden())
+    // An installed helper is brought in step once the window is up; one started by hand for development
+    // is never replaced.
+    if (m_helper.state() == HelperManager::State::ready && !HelperProtocol::socketOverridden())
         QTimer::singleShot(0, &m_helperRefresh, [this] { m_helperRefresh.checkAndRefresh(); });
     m_inventory.startMonitoring();
 }

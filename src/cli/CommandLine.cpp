@@ -40,9 +40,9 @@ const Command commands[] = {
         runPutBackCommand},
     {"trash-summary", "trash-summary [--json]", "Shows what the Trash folders of every mounted volume hold.",
         runTrashSummaryCommand},
-    {"helper", "helper status|install",
-        "Shows whether the privileged helper is installed, or installs it (you approve "
-        "once as an administrator).",
+    {"helper", "helper status|install|uninstall",
+        "Shows whether the privileged helper is installed and in step with this Velloru, installs (or updates) it "
+        "— you approve once as an administrator — or removes it.",
         runHelperCommand},
     {"maintenance", "maintenance [TASK]", "Lists the one-click maintenance tasks, or runs one through the helper.",
         runMaintenanceCommand},

@@ -35,3 +35,47 @@ TEST(MaintenancePage, WithoutTheHelperEveryTaskOffersSetUpAndThunderbirdStillRun
         state.audit().entries().last().outcome.startsWith(QStringLiteral("Failed: No Thunderbird database found")));
     saveScreenshot(page, QStringLiteral("maintenance"));
 }
+
+TEST(MaintenancePage, WhileTheHelperIsReplacedTheButtonsWait)
+{
+    AppState state;
+    MaintenancePage page(state);
+    page.resize(800, 1000);
+    page.show();
+    state.helper().setState(HelperManager::State::ready);
+    EXPECT_FALSE(page.helperPrompt()->isVisible());
+    EXPECT_EQ(page.buttonFor(QStringLiteral("flushDNS"))->text(), QStringLiteral("Run"));
+
+    state.helper().setRefreshing(true);
+    EXPECT_TRUE(page.helperPrompt()->isVisible());
+    EXPECT_EQ(page.helperPrompt()->title(), QStringLiteral("Updating the helper…"));
+    EXPECT_FALSE(page.buttonFor(QStringLiteral("flushDNS"))->isEnabled());
+    saveScreenshot(page, QStringLiteral("maintenance-updating"));
+
+    state.helper().setRefreshing(false);
+    EXPECT_FALSE(page.helperPrompt()->isVisible());
+    EXPECT_TRUE(page.buttonFor(QStringLiteral("flushDNS"))->isEnabled());
+}
+
+TEST(MaintenancePage, AfterBackgroundServicesStopATaskSaysTheHelperIsUnavailable)
+{
+    AppState state;
+    MaintenancePage page(state);
+    page.show();
+    state.helper().setState(HelperManager::State::ready);
+    bool stopped = false;
+    state.stopBackgroundServices([&stopped](bool helperLeftBusy) {
+        stopped = true;
+        EXPECT_FALSE(helperLeftBusy);
+    });
+    for (int i = 0; i < 500 && !stopped; ++i)
+        QTest::qWait(10);
+    ASSERT_TRUE(stopped);
+    QTest::mouseClick(page.buttonFor(QStringLiteral("flushDNS")), Qt::LeftButton);
+    for (int i = 0; i < 100 && page.resultFor(QStringLiteral("flushDNS"))->isHidden(); ++i)
+        QTest::qWait(10);
+    EXPECT_EQ(
+        page.resultFor(QStringLiteral("flushDNS"))->text(), QStringLiteral("⚠ The maintenance helper is unavailable."));
+    state.startBackgroundServices();
+    EXPECT_FALSE(state.helper().backgroundStopped());
+}
