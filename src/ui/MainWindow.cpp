@@ -114,7 +114,7 @@ QWidget* MainWindow::currentPage() const
 SettingsWindow* MainWindow::settingsWindow()
 {
     if (!m_settings)
-        m_settings = new SettingsWindow(m_router, m_defaults, m_state.helper(), this);
+        m_settings = new SettingsWindow(m_router, m_defaults, m_state.helper(), m_state.helperService(), this);
     return m_settings;
 }
 

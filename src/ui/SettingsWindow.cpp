@@ -14,8 +14,11 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-SettingsWindow::SettingsWindow(SettingsRouter& router, QSettings& defaults, HelperManager& helper, QWidget* parent)
+SettingsWindow::SettingsWindow(
+    SettingsRouter& router, QSettings& defaults, HelperManager& helper, HelperService& helperService, QWidget* parent)
     : QDialog(parent)
+    , m_helper(helper)
+    , m_helperService(helperService)
 {
     setObjectName(QStringLiteral("settingsWindow"));
     setWindowTitle(QStringLiteral("Velloru Settings"));
@@ -51,6 +54,12 @@ QWidget* SettingsWindow::makeChartsTab(QSettings& defaults)
     connect(style, &QComboBox::currentIndexChanged, tab,
         [style, &defaults] { defaults.setValue(DefaultsKey::chartStyle, style->currentData()); });
     return tab;
+}
+
+void SettingsWindow::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    m_helper.refreshState(m_helperService);
 }
 
 QWidget* SettingsWindow::makeServicesTab(HelperManager& helper)

@@ -5,6 +5,7 @@
 class QSettings;
 class QTabWidget;
 class HelperManager;
+class HelperService;
 class SettingsRouter;
 
 // The settings window: Charts, Services and About, with the tab chosen by the router.
@@ -12,14 +13,21 @@ class SettingsWindow : public QDialog {
     Q_OBJECT
 
 public:
-    SettingsWindow(SettingsRouter& router, QSettings& defaults, HelperManager& helper, QWidget* parent = nullptr);
+    SettingsWindow(SettingsRouter& router, QSettings& defaults, HelperManager& helper, HelperService& helperService,
+        QWidget* parent = nullptr);
 
     QTabWidget* tabs() const { return m_tabs; }
+
+protected:
+    // The helper's registration is read again each time the window opens.
+    void showEvent(QShowEvent* event) override;
 
 private:
     QWidget* makeChartsTab(QSettings& defaults);
     QWidget* makeServicesTab(HelperManager& helper);
     QWidget* makeAboutTab();
 
+    HelperManager& m_helper;
+    HelperService& m_helperService;
     QTabWidget* m_tabs = nullptr;
 };
