@@ -156,3 +156,29 @@ TEST_F(HelperRefreshTest, ARefreshThatCannotBringTheNewHelperUpSaysSo)
     EXPECT_TRUE(log.contains(QStringLiteral("Velloru helper: refresh left the service installed but not enabled")));
     EXPECT_EQ(helper.state(), HelperManager::State::needsApproval);
 }
+
+TEST(HelperServer, ReportsIdleOnlyOnceNobodyIsConnectedAndNothingRuns)
+{
+    FixtureTree tree;
+    const HelperOperations::TaskCommands tasks{
+        {QStringLiteral("slow"), {{QStringLiteral("sleep"), QStringLiteral("1")}}}};
+    HelperServer server(QSet<unsigned>{unsigned(::getuid())},
+        HelperOperations(PathPolicy(), tasks, 20s, tree.path(QStringLiteral("mnt"))), QStringLiteral("2.0"));
+    ASSERT_FALSE(server.listen(tree.path(QStringLiteral("helper.sock"))));
+    int idle = 0;
+    QObject::connect(&server, &HelperServer::idle, [&idle] { ++idle; });
+    server.reportIdleAfter(300ms);
+
+    HelperManager helper(tree.path(QStringLiteral("helper.sock")));
+    helper.setState(HelperManager::State::ready);
+    std::optional<TaskResult> job;
+    helper.run(QStringLiteral("slow"), 10s, {}, [&job](TaskResult result) { job = result; });
+    QTest::qWait(700);
+    EXPECT_EQ(idle, 0) << "reported idle while a job ran";
+    while (!job)
+        QTest::qWait(10);
+    EXPECT_TRUE(job->success);
+    for (int i = 0; i < 200 && idle == 0; ++i)
+        QTest::qWait(10);
+    EXPECT_EQ(idle, 1);
+}

@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QLocalSocket>
 #include <QPointer>
+#include <QTimer>
 
 namespace {
 
@@ -60,6 +61,25 @@ std::optional<QString> HelperServer::adopt(int listeningSocket)
     return std::nullopt;
 }
 
+void HelperServer::reportIdleAfter(std::chrono::milliseconds after)
+{
+    m_idleTimer = new QTimer(this);
+    m_idleTimer->setSingleShot(true);
+    m_idleTimer->setInterval(after);
+    connect(m_idleTimer, &QTimer::timeout, this, &HelperServer::idle);
+    updateIdleCountdown();
+}
+
+void HelperServer::updateIdleCountdown()
+{
+    if (!m_idleTimer)
+        return;
+    if (m_peers.isEmpty() && m_inFlight == 0)
+        m_idleTimer->start();
+    else
+        m_idleTimer->stop();
+}
+
 void HelperServer::accept()
 {
     while (QLocalSocket* socket = m_server.nextPendingConnection()) {
@@ -72,9 +92,11 @@ void HelperServer::accept()
             continue;
         }
         m_peers.insert(socket, {*uid, {}});
+        updateIdleCountdown();
         connect(socket, &QLocalSocket::readyRead, this, [this, socket] { read(socket); });
         connect(socket, &QLocalSocket::disconnected, this, [this, socket] {
             m_peers.remove(socket);
+            updateIdleCountdown();
             socket->deleteLater();
         });
     }
@@ -141,6 +163,7 @@ void HelperServer::handle(QLocalSocket* socket, const QJsonObject& request)
             this,
             [this, job, replyTo, id, reply] {
                 --m_inFlight;
+                updateIdleCountdown();
                 if (replyTo)
                     send(replyTo, id, reply);
                 // Detach from the hash first: this thread is finishing and is joined when the last owner goes.

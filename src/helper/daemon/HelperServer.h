@@ -7,10 +7,12 @@
 #include <QObject>
 #include <QSet>
 
+#include <chrono>
 #include <memory>
 #include <thread>
 
 class QLocalSocket;
+class QTimer;
 
 // The helper's listening side: accepts connections only from the allowed users (checked with the
 // kernel's peer credentials), reads framed requests, answers each exactly once, and runs long work on
@@ -27,10 +29,14 @@ public:
     std::optional<QString> listen(const QString& socketPath);
     // Serves a socket that is already listening (handed over by systemd).
     std::optional<QString> adopt(int listeningSocket);
+    // Emits `idle` once nobody has been connected and no job has run for `after`. systemd starts the helper
+    // again on the next connection, so a helper started on demand need not stay.
+    void reportIdleAfter(std::chrono::milliseconds after);
 
 Q_SIGNALS:
     // The helper agreed to exit.
     void shutdownAccepted();
+    void idle();
 
 private:
     struct Peer {
@@ -42,6 +48,8 @@ private:
     void read(QLocalSocket* socket);
     void handle(QLocalSocket* socket, const QJsonObject& request);
     void send(QLocalSocket* socket, qint64 id, const QJsonObject& reply);
+    // Starts the idle countdown when nobody is connected and nothing runs, stops it otherwise.
+    void updateIdleCountdown();
     void write(QLocalSocket* socket, const QJsonObject& message);
 
     QSet<unsigned> m_allowedUids;
@@ -52,4 +60,5 @@ private:
     int m_inFlight = 0; // long jobs running now; read and written on the server's thread only
     quint64 m_nextJob = 0;
     QHash<quint64, std::shared_ptr<std::jthread>> m_jobs;
+    QTimer* m_idleTimer = nullptr; // only when asked to report idleness
 };

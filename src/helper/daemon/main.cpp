@@ -107,5 +107,13 @@ int main(int argc, char** argv)
         return 1;
     }
     QObject::connect(&server, &HelperServer::shutdownAccepted, &app, &QCoreApplication::quit, Qt::QueuedConnection);
+    if (handed) {
+        // Started on demand, the helper leaves once Velloru has been gone for a while.
+        server.reportIdleAfter(std::chrono::minutes(10));
+        QObject::connect(&server, &HelperServer::idle, &app, [] {
+            qInfo().noquote() << QStringLiteral("Velloru helper: idle, exiting");
+            QCoreApplication::quit();
+        });
+    }
     return app.exec();
 }
