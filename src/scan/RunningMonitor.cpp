@@ -1,6 +1,7 @@
 #include "scan/RunningMonitor.h"
 
 #include "apps/AppInventory.h"
+#include "common/BackgroundTask.h"
 
 #include <QFileInfo>
 #include <QTimer>
@@ -23,7 +24,7 @@ RunningMonitor::RunningMonitor(const AppInventory& inventory, QObject* parent)
     , m_timer(new QTimer(this))
 {
     m_timer->setInterval(refreshIntervalMs);
-    connect(m_timer, &QTimer::timeout, this, &RunningMonitor::refresh);
+    connect(m_timer, &QTimer::timeout, this, &RunningMonitor::refreshInBackground);
     connect(&inventory, &AppInventory::scanned, this, &RunningMonitor::refresh);
     m_timer->start();
     refresh();
@@ -31,7 +32,23 @@ RunningMonitor::RunningMonitor(const AppInventory& inventory, QObject* parent)
 
 void RunningMonitor::refresh()
 {
-    QSet<QString> running = identifiersOf(listProcesses(), m_inventory.apps());
+    store(identifiersOf(listProcesses(), m_inventory.apps()));
+}
+
+void RunningMonitor::refreshInBackground()
+{
+    if (m_reading)
+        return;
+    m_reading = runInBackground(
+        this, [apps = m_inventory.apps()] { return identifiersOf(listProcesses(), apps); },
+        [this](QSet<QString> running) {
+            m_reading.reset();
+            store(std::move(running));
+        });
+}
+
+void RunningMonitor::store(QSet<QString> running)
+{
     if (running == m_runningBundleIDs)
         return;
     m_runningBundleIDs = std::move(running);
