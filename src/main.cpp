@@ -1,11 +1,17 @@
+#include "WindowModule.h"
 #include "cli/CommandLine.h"
-#include "ui/DesktopApp.h"
+
+#include <malloc.h>
 
 // With a subcommand Velloru runs headless; otherwise it opens the window (Qt's own options, such as
 // "-platform offscreen", begin with a dash and go to the window).
 int main(int argc, char** argv)
 {
-    if (isCommandLineInvocation(argc, argv))
+    if (isCommandLineInvocation(argc, argv)) {
+        // One malloc arena for all threads: the commands' worker threads allocate little once started,
+        // and an arena of their own each would keep several megabytes of freed memory apiece.
+        mallopt(M_ARENA_MAX, 1);
         return runCommandLine(argc, argv);
-    return runDesktopApp(argc, argv);
+    }
+    return runWindowModule(argc, argv);
 }

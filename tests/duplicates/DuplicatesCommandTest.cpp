@@ -73,3 +73,19 @@ TEST(DuplicatesCommand, BadArgumentsGetASentenceAndStatusTwo)
         EXPECT_TRUE(run.out.isEmpty());
     }
 }
+
+TEST(DuplicatesCommand, RunsWithoutLoadingTheWindowLibraries)
+{
+    FixtureTree tree;
+    tree.write(QStringLiteral("a"), patternBytes(5000, 1));
+    tree.write(QStringLiteral("b"), patternBytes(5000, 1));
+    // The dynamic loader names every library it loads; Qt Gui and Widgets alone would add about 7 MB to
+    // the command's memory before it does any work.
+    const CommandRun run = runVelloru(
+        {QStringLiteral("duplicates"), tree.path()}, {{QStringLiteral("LD_DEBUG"), QStringLiteral("files")}});
+    ASSERT_EQ(run.status, 0);
+    EXPECT_TRUE(run.err.contains(QStringLiteral("libQt6Core"))) << "the loader's report is missing";
+    EXPECT_FALSE(run.err.contains(QStringLiteral("libQt6Gui")));
+    EXPECT_FALSE(run.err.contains(QStringLiteral("libQt6Widgets")));
+    EXPECT_TRUE(run.out.contains(QStringLiteral("1 set")));
+}
