@@ -1,5 +1,6 @@
 #pragma once
 
+#include "duplicates/Candidates.h"
 #include "duplicates/EngineStats.h"
 #include "duplicates/VerifiedGroup.h"
 
@@ -30,9 +31,13 @@ public:
     static Result run(const Inventory& inventory, const VolumeHashCaches* caches, const Callbacks& callbacks,
         const std::function<bool()>& cancelled);
 
-    // Same-size files in inventory order, in the order their buckets are handed out: most members first,
-    // and between equal counts the bucket whose first record comes later.
-    static std::vector<std::vector<std::uint32_t>> sizeBuckets(const Inventory& inventory, EngineStats& stats);
+    // The files whose size at least one other file shares, by size and then in inventory order; files of
+    // a size no other file has are never opened.
+    static Candidates sizeCandidates(const Inventory& inventory, EngineStats& stats);
+    // Candidates sampled alike, each group in inventory order; the groups with the most bytes to compare
+    // come first, so that the verify workers finish together.
+    static std::vector<std::vector<std::uint32_t>> sampleGroups(
+        const Inventory& inventory, const Candidates& candidates, EngineStats& stats);
 
     static int samplingWorkerCount(); // processors minus 2, kept between 2 and 6
     static int verifyWorkerCount();   // processors minus 2, kept between 1 and 3
@@ -42,8 +47,11 @@ public:
         std::mutex lock;
         EngineStats stats;
         std::vector<VerifiedGroup> verified;
-        std::vector<std::vector<std::uint32_t>> pendingGroups; // sampled alike, to be proven
         std::int64_t unitsDone = 0;
         std::int64_t changedDuringScan = 0;
     };
+    // Adds a worker's byte and problem counts.
+    static void addCounts(EngineStats& total, const EngineStats& delta);
+    // Counts one unit of `total` done and reports the stage's progress.
+    static void reportProgress(Shared& shared, const Callbacks& callbacks, double total);
 };

@@ -4,7 +4,6 @@
 #include "duplicates/DuplicateFile.h"
 
 #include <QList>
-#include <QSet>
 #include <QUuid>
 
 #include <cstdint>
@@ -14,7 +13,7 @@ struct DuplicateGroup {
     QUuid id;
     QList<DuplicateFile> members;
     QUuid keeperID;
-    QSet<QUuid> selected;
+    QList<QUuid> selected; // in member order; a hash set would cost about 1 KB for each set
     std::int64_t size = 0;
     ContentHash contentHash;
 

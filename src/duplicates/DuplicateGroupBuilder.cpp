@@ -25,7 +25,6 @@ DuplicateFile presentedFile(const Inventory& inventory, std::uint32_t index)
     file.device = std::int32_t(record.device);
     file.linkCount
         = std::uint16_t(std::min<std::uint32_t>(record.linkCount, std::numeric_limits<std::uint16_t>::max()));
-    file.cloneRefCount = record.cloneRefCount;
     file.flags = record.flags;
     file.mtimeNsec = record.mtimeNsec;
     file.createdSec = record.createdSec;
@@ -41,8 +40,7 @@ DuplicateFile presentedFile(const Inventory& inventory, std::uint32_t index)
 
 } // namespace
 
-QList<DuplicateGroup> buildDuplicateGroups(
-    const Inventory& inventory, const std::vector<VerifiedGroup>& verified, const UserFolders& folders)
+QList<DuplicateGroup> presentDuplicateGroups(const Inventory& inventory, const std::vector<VerifiedGroup>& verified)
 {
     QList<DuplicateGroup> groups;
     groups.reserve(qsizetype(verified.size()));
@@ -53,10 +51,16 @@ QList<DuplicateGroup> buildDuplicateGroups(
         group.contentHash = proven.hash;
         for (const std::uint32_t index : proven.members)
             group.members.append(presentedFile(inventory, index));
-        group.keeperID = group.members[DuplicateRules::chooseKeeper(group.members, folders)].id;
-        group.selected = DuplicateRules::defaultSelection(group, folders);
         groups.append(std::move(group));
     }
-    DuplicateRules::sortGroups(groups);
     return groups;
+}
+
+void chooseKeepersAndTicks(QList<DuplicateGroup>& groups, const UserFolders& folders)
+{
+    for (DuplicateGroup& group : groups) {
+        group.keeperID = group.members[DuplicateRules::chooseKeeper(group.members, folders)].id;
+        group.selected = DuplicateRules::defaultSelection(group, folders);
+    }
+    DuplicateRules::sortGroups(groups);
 }

@@ -115,13 +115,13 @@ std::optional<QString> blockReason(const DuplicateFile& file)
     return std::nullopt;
 }
 
-QSet<QUuid> defaultSelection(const DuplicateGroup& group, const UserFolders& folders)
+QList<QUuid> defaultSelection(const DuplicateGroup& group, const UserFolders& folders)
 {
-    QSet<QUuid> selected;
+    QList<QUuid> selected;
     for (const DuplicateFile& member : group.members) {
         if (member.id == group.keeperID || locationClass(member.path, folders) == 2 || blockReason(member))
             continue;
-        selected.insert(member.id);
+        selected.append(member.id);
     }
     return selected;
 }

@@ -4,7 +4,6 @@
 #include "duplicates/DuplicateGroup.h"
 
 #include <QList>
-#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -41,7 +40,7 @@ qsizetype chooseKeeper(const QList<DuplicateFile>& members, const UserFolders& f
 std::optional<QString> blockReason(const DuplicateFile& file);
 
 // Every copy but the keeper, except copies in class 2 folders and blocked copies.
-QSet<QUuid> defaultSelection(const DuplicateGroup& group, const UserFolders& folders);
+QList<QUuid> defaultSelection(const DuplicateGroup& group, const UserFolders& folders);
 
 // Most space to gain first; equal gains put the larger set first, then the keeper's path decides.
 void sortGroups(QList<DuplicateGroup>& groups);

@@ -163,7 +163,7 @@ std::shared_ptr<const DuplicateScan::Outcome> runScan(
     const auto cancelled = [stop] { return stop.stop_requested(); };
 
     box.setStage(DuplicateStage::inventory);
-    const Inventory inventory
+    Inventory inventory
         = FileInventory::build(options, cancelled, [&box](const InventoryStats& stats) { box.updateInventory(stats); });
     outcome->inventoryStats = inventory.stats;
     box.updateInventory(inventory.stats);
@@ -186,7 +186,10 @@ std::shared_ptr<const DuplicateScan::Outcome> runScan(
         outcome->cancelled = true;
         return outcome;
     }
-    outcome->groups = buildDuplicateGroups(inventory, result.groups, folders);
+    outcome->groups = presentDuplicateGroups(inventory, result.groups);
+    inventory = {}; // the largest structure of the scan, not needed from here on
+    result.groups = {};
+    chooseKeepersAndTicks(outcome->groups, folders);
     return outcome;
 }
 

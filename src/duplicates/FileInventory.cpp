@@ -24,7 +24,9 @@ struct DirectoryFindings {
         FileIdentity identity;
         std::uint32_t device = 0;
     };
-    std::vector<FileRecord> records;
+    std::vector<FileRecord> records; // their names are in `names`, up to `nameEnds`, until the merge
+    std::string names;
+    std::vector<std::uint32_t> nameEnds;
     std::vector<std::uint64_t> recordDevices; // full device numbers, for hard-link identity
     std::vector<Subfolder> subfolders;
     std::int64_t datalessSkipped = 0;
@@ -33,7 +35,7 @@ struct DirectoryFindings {
     bool unreadable = false;
 };
 
-std::string childPath(const std::string& parent, std::string_view name)
+std::string childPath(std::string_view parent, std::string_view name)
 {
     std::string path;
     path.reserve(parent.size() + 1 + name.size());
@@ -53,15 +55,13 @@ EntryType typeFromStatus(const FileStatus& status)
     return status.isSymlink() ? EntryType::symlink : EntryType::other;
 }
 
-FileRecord recordFrom(const FileStatus& status, std::string_view name)
+FileRecord recordFrom(const FileStatus& status)
 {
     FileRecord record;
-    record.name = std::string(name);
     record.size = std::uint64_t(status.size);
     record.fileID = status.inode;
     record.device = std::uint32_t(status.device);
     record.linkCount = status.linkCount == 0 ? 1 : status.linkCount;
-    record.privateSize = std::uint64_t(status.allocatedSize);
     record.flags = (status.immutable || status.appendOnly) ? FileFlags::userImmutable : 0;
     record.mtimeNsec = status.modifiedSeconds * 1'000'000'000 + status.modifiedNanoseconds;
     record.createdSec = status.createdSeconds;
@@ -71,7 +71,7 @@ FileRecord recordFrom(const FileStatus& status, std::string_view name)
 void decideFile(
     const FileStatus& status, std::string_view name, const InventoryOptions& options, DirectoryFindings& findings)
 {
-    FileRecord record = recordFrom(status, name);
+    FileRecord record = recordFrom(status);
     if (record.flags & FileFlags::dataless) {
         ++findings.datalessSkipped; // never downloaded just to compare it
         return;
@@ -82,7 +82,9 @@ void decideFile(
         ++findings.belowFloorSkipped;
         return;
     }
-    findings.records.push_back(std::move(record));
+    findings.records.push_back(record);
+    findings.names.append(name);
+    findings.nameEnds.push_back(std::uint32_t(findings.names.size()));
     findings.recordDevices.push_back(status.device);
 }
 
@@ -112,7 +114,7 @@ DirectoryFindings readDirectory(
     const FileInventory::Job& job, const InventoryOptions& options, std::span<std::byte> buffer)
 {
     DirectoryFindings findings;
-    auto reader = DirectoryReader::open(AT_FDCWD, job.path.c_str(), buffer);
+    auto reader = DirectoryReader::open(AT_FDCWD, job.path.data(), buffer);
     if (!reader) {
         findings.unreadable = true;
         return findings;
@@ -160,25 +162,31 @@ void merge(FileInventory::State& state, const FileInventory::Job& job, Directory
         if (state.directories.size() >= std::size_t(std::numeric_limits<std::int32_t>::max()))
             std::abort(); // more folders than a record can point at
         const auto directoryID = std::int32_t(state.directories.size());
-        state.directories.push_back(subfolder.path);
+        const std::string_view path = state.names.add(subfolder.path);
+        state.directories.push_back(path);
         ++stats.directoriesDiscovered;
-        state.queue.push_back({std::move(subfolder.path), directoryID, subfolder.device});
+        state.queue.push_back({path, directoryID, subfolder.device});
     }
 
+    std::uint32_t nameStart = 0;
     for (std::size_t i = 0; i < findings.records.size(); ++i) {
         FileRecord& record = findings.records[i];
+        const std::string_view name
+            = std::string_view(findings.names).substr(nameStart, findings.nameEnds[i] - nameStart);
+        nameStart = findings.nameEnds[i];
         record.directory = job.directoryID;
         if (record.linkCount > 1) {
             const FileIdentity identity{findings.recordDevices[i], record.fileID};
             if (!state.seenFiles.insert(identity).second) {
-                state.aliases[identity].push_back(childPath(job.path, record.name));
+                state.aliases[identity].push_back(childPath(job.path, name));
                 continue;
             }
         }
+        record.name = state.names.add(name);
         ++stats.filesIndexed;
         stats.bytesIndexed += std::int64_t(record.size);
         ++stats.sizeHistogram[std::size_t(sizeBucket(record.size))];
-        state.records.push_back(std::move(record));
+        state.records.push_back(record);
     }
     stats.scanning = job.path;
 }
@@ -244,8 +252,9 @@ Inventory FileInventory::build(const InventoryOptions& options, const Cancelled&
         if (!state.seenDirectories.insert({status->device, status->inode}).second)
             continue; // the same folder named twice
         const auto directoryID = std::int32_t(state.directories.size());
-        state.directories.push_back(path);
-        state.queue.push_back({path, directoryID, std::uint32_t(status->device)});
+        const std::string_view stored = state.names.add(path);
+        state.directories.push_back(stored);
+        state.queue.push_back({stored, directoryID, std::uint32_t(status->device)});
     }
 
     if (!state.queue.empty()) {
@@ -254,5 +263,6 @@ Inventory FileInventory::build(const InventoryOptions& options, const Cancelled&
             readers.emplace_back([&] { runReader(state, options, cancelled, progress); });
     } // the readers are joined here
 
-    return {std::move(state.records), std::move(state.directories), std::move(state.stats), std::move(state.aliases)};
+    return {std::move(state.names), std::move(state.records), std::move(state.directories), std::move(state.stats),
+        std::move(state.aliases)};
 }

@@ -2,6 +2,7 @@
 
 #include "duplicates/FileRecord.h"
 #include "duplicates/InventoryStats.h"
+#include "duplicates/NameStore.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -9,6 +10,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -41,10 +43,12 @@ using HardlinkAliases = std::unordered_map<FileIdentity, std::vector<std::string
 
 // The result of an inventory run: a flat list of regular files. The list is a deque because it grows by
 // appending to the end while the readers work: a vector would hold its old and new copies at once each
-// time it grew, twice the memory at the worst moment.
+// time it grew, twice the memory at the worst moment. The records' names and the folders' full paths
+// live in `names`.
 struct Inventory {
+    NameStore names;
     std::deque<FileRecord> records;
-    std::vector<std::string> directories;
+    std::vector<std::string_view> directories;
     InventoryStats stats;
     HardlinkAliases hardlinkAliases;
 
@@ -63,7 +67,7 @@ public:
 
     // One folder waiting to be read.
     struct Job {
-        std::string path;
+        std::string_view path; // in State::names
         std::int32_t directoryID = 0;
         std::uint32_t device = 0;
     };
@@ -77,7 +81,8 @@ public:
         int busy = 0; // readers working on a job
         std::unordered_set<FileIdentity, FileIdentityHash> seenDirectories;
         std::unordered_set<FileIdentity, FileIdentityHash> seenFiles;
-        std::vector<std::string> directories;
+        NameStore names;
+        std::vector<std::string_view> directories;
         std::deque<FileRecord> records;
         HardlinkAliases aliases;
         InventoryStats stats;

@@ -1,23 +1,22 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 // One regular file as the inventory found it: everything the duplicate stages need to decide sameness
-// cheaply. Its full path is the inventory's folder at `directory`, "/", then `name`.
+// cheaply. Its full path is the inventory's folder at `directory`, "/", then `name`. Kept to 64 bytes, as
+// a scan can hold hundreds of thousands of them: the name lives in the inventory's NameStore (with a
+// terminating NUL), and Linux's always-empty clone fields are not stored.
 struct FileRecord {
-    std::int32_t directory = 0; // index into Inventory::directories
-    std::string name;
+    std::string_view name;
     std::uint64_t size = 0;
-    std::uint64_t fileID = 0; // inode number on `device`
+    std::uint64_t fileID = 0;    // inode number on `device`
+    std::int64_t mtimeNsec = 0;  // seconds × 1,000,000,000 + nanoseconds
+    std::int64_t createdSec = 0; // 0 when the file system does not record creation
+    std::int32_t directory = 0;  // index into Inventory::directories
     std::uint32_t device = 0;
     std::uint32_t linkCount = 1;
-    std::uint64_t privateSize = 0;   // bytes this file alone holds on disk
-    std::uint64_t cloneID = 0;       // Linux does not report clone families: always 0
-    std::uint32_t cloneRefCount = 1; // … and always 1
-    std::uint32_t flags = 0;         // FileFlags bits
-    std::int64_t mtimeNsec = 0;      // seconds × 1,000,000,000 + nanoseconds
-    std::int64_t createdSec = 0;     // 0 when the file system does not record creation
+    std::uint32_t flags = 0; // FileFlags bits
 };
 
 // The flag bits a record can carry. The values are the BSD flags words' so that the rules that read them

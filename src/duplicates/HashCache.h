@@ -4,16 +4,18 @@
 
 #include <QString>
 
+#include <compare>
 #include <cstdint>
-#include <mutex>
+#include <functional>
 #include <optional>
+#include <span>
 #include <string>
-#include <unordered_map>
 
 // The sample hashes computed in earlier runs, for one volume, so that unchanged files are not read again.
 // Kept per volume so a disk that moves to another machine or mount point keeps its hashes, and so that
-// inode numbers of one volume are never mistaken for another's. Lookups and stores may come from many
-// hashing threads at once.
+// inode numbers of one volume are never mistaken for another's. The cache is never held in memory: a
+// scan reads the file once to match it against its own files (both in key order) and writes it once,
+// merged with what it sampled (see HashCacheFile.h for the file's shape).
 class HashCache {
 public:
     // An entry is reused only while the file keeps its inode, content time and length.
@@ -21,39 +23,41 @@ public:
         std::uint64_t fileID = 0;
         std::int64_t mtimeNsec = 0;
         std::uint64_t size = 0;
-        friend bool operator==(const Key&, const Key&) = default;
-    };
-    struct KeyHash {
-        std::size_t operator()(const Key& key) const;
+        friend auto operator<=>(const Key&, const Key&) = default;
     };
 
-    // One stored hash, as written in the file (see HashCacheFile.h for the file's shape).
+    // One stored hash.
     struct Entry {
         std::uint64_t fileID = 0;
         std::int64_t mtimeNsec = 0;
         std::uint64_t size = 0;
         std::uint64_t low = 0;
         std::uint64_t high = 0;
+
+        Key key() const { return {fileID, mtimeNsec, size}; }
+        ContentHash hash() const { return {low, high}; }
+        friend bool operator==(const Entry&, const Entry&) = default;
     };
 
-    // Loads the cache file of the volume at once; a missing, unreadable or foreign file starts it empty.
     explicit HashCache(std::string volumeUUID);
     // "$XDG_CACHE_HOME/Velloru/Duplicates/hashes-<volume UUID>.json".
     static QString fileFor(const std::string& volumeUUID);
 
-    std::optional<ContentHash> lookup(const Key& key) const;
-    void store(const Key& key, const ContentHash& hash);
-    // Writes the whole cache when entries were added since the last save. Returns a sentence saying what
-    // failed, or nothing.
-    std::optional<QString> save();
+    // Hands every stored entry to `onEntry`, in ascending key order. A missing file, or one written for
+    // another volume, holds nothing. False when the file turns out not to be a hash cache: it is then kept
+    // aside, and the entries already handed over must not be used.
+    bool read(const std::function<void(const Entry&)>& onEntry) const;
+    // Writes the stored entries merged with `added` (ascending, no key twice; an added entry replaces a
+    // stored one with its key) in one atomic step. Returns a sentence saying what failed, or nothing.
+    std::optional<QString> save(std::span<const Entry> added) const;
 
     const std::string& volumeUUID() const { return m_volumeUUID; }
-    std::size_t size() const;
 
 private:
-    mutable std::mutex m_lock; // guards m_map and m_dirty
-    std::unordered_map<Key, ContentHash, KeyHash> m_map;
-    bool m_dirty = false;
+    // One attempt at save(): with the stored entries, or with the added ones only. `storedUsable` turns
+    // false (and nothing is written) when the stored file proves not to be a cache.
+    std::optional<QString> write(std::span<const Entry> added, bool withStored, bool& storedUsable) const;
+
     QString m_fileURL;
     std::string m_volumeUUID;
 };

@@ -1,220 +1,218 @@
 #include "duplicates/HashCacheFile.h"
 
 #include <charconv>
-#include <string_view>
+#include <limits>
 
 namespace {
 
-// A reader over just enough JSON for the payload: objects, arrays, strings, integers, and unknown values
-// skipped whole so that a later version may add keys.
-class JsonCursor {
-public:
-    explicit JsonCursor(std::string_view text)
-        : m_text(text)
-    {
-    }
+constexpr qsizetype blockSize = 64 * 1024;
+constexpr std::size_t longestString = 4096;
 
-    bool consume(char c)
-    {
-        skipSpace();
-        if (m_pos < m_text.size() && m_text[m_pos] == c) {
-            ++m_pos;
-            return true;
-        }
-        return false;
-    }
-
-    bool atEnd()
-    {
-        skipSpace();
-        return m_pos == m_text.size();
-    }
-
-    std::optional<std::string> string()
-    {
-        if (!consume('"'))
-            return std::nullopt;
-        std::string value;
-        while (m_pos < m_text.size()) {
-            const char c = m_text[m_pos++];
-            if (c == '"')
-                return value;
-            if (c == '\\') {
-                if (m_pos >= m_text.size())
-                    return std::nullopt;
-                const char escaped = m_text[m_pos++];
-                if (escaped == 'u') // never written by us; kept verbatim so the text still skips cleanly
-                    value.append("\\u");
-                else
-                    value.push_back(escaped == 'n' ? '\n' : escaped == 't' ? '\t' : escaped);
-            } else {
-                value.push_back(c);
-            }
-        }
-        return std::nullopt;
-    }
-
-    template <typename Integer> bool read(Integer& value)
-    {
-        skipSpace();
-        const char* begin = m_text.data() + m_pos;
-        const auto [end, error] = std::from_chars(begin, m_text.data() + m_text.size(), value);
-        if (error != std::errc() || end == begin)
-            return false;
-        m_pos += std::size_t(end - begin);
-        return true;
-    }
-
-    bool skipValue(int depth = 0)
-    {
-        skipSpace();
-        if (m_pos >= m_text.size() || depth > 64)
-            return false;
-        const char c = m_text[m_pos];
-        if (c == '"')
-            return string().has_value();
-        if (c == '{' || c == '[') {
-            const char close = c == '{' ? '}' : ']';
-            ++m_pos;
-            if (consume(close))
-                return true;
-            do {
-                if (c == '{' && !(string() && consume(':')))
-                    return false;
-                if (!skipValue(depth + 1))
-                    return false;
-            } while (consume(','));
-            return consume(close);
-        }
-        const std::size_t start = m_pos;
-        while (m_pos < m_text.size()
-            && std::string_view("+-.0123456789eEtruefalsn").find(m_text[m_pos]) != std::string_view::npos)
-            ++m_pos;
-        return m_pos > start;
-    }
-
-private:
-    void skipSpace()
-    {
-        while (m_pos < m_text.size()
-            && (m_text[m_pos] == ' ' || m_text[m_pos] == '\n' || m_text[m_pos] == '\r' || m_text[m_pos] == '\t'))
-            ++m_pos;
-    }
-
-    std::string_view m_text;
-    std::size_t m_pos = 0;
-};
-
-bool readEntry(JsonCursor& cursor, HashCache::Entry& entry)
+bool needsEscaping(std::string_view text)
 {
-    if (!cursor.consume('{'))
-        return false;
-    unsigned found = 0; // one bit per field, so a field given twice cannot stand in for a missing one
-    do {
-        const std::optional<std::string> key = cursor.string();
-        if (!key || !cursor.consume(':'))
-            return false;
-        bool ok = false;
-        if (*key == "fileID")
-            ok = cursor.read(entry.fileID), found |= 1;
-        else if (*key == "mtimeNsec")
-            ok = cursor.read(entry.mtimeNsec), found |= 2;
-        else if (*key == "size")
-            ok = cursor.read(entry.size), found |= 4;
-        else if (*key == "low")
-            ok = cursor.read(entry.low), found |= 8;
-        else if (*key == "high")
-            ok = cursor.read(entry.high), found |= 16;
-        else
-            ok = cursor.skipValue();
-        if (!ok)
-            return false;
-    } while (cursor.consume(','));
-    return found == 31 && cursor.consume('}');
+    return std::any_of(
+        text.cbegin(), text.cend(), [](char c) { return c == '"' || c == '\\' || std::uint8_t(c) < 0x20; });
 }
 
-void appendNumber(QByteArray& out, auto number)
+template <typename Number> void appendNumber(QByteArray& out, Number number)
 {
     char digits[24];
-    const auto result = std::to_chars(digits, digits + sizeof digits, number);
-    out.append(digits, result.ptr - digits);
+    const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    out.append(digits, end - digits);
 }
 
 } // namespace
 
 namespace HashCacheFile {
 
-Writer::Writer(std::string_view volumeUUID, std::size_t entryCount)
+Reader::Reader(QIODevice& in)
+    : m_in(in)
 {
-    // The longest entry (every number at its widest) is 149 bytes with its separator: reserving that much
-    // means the text never grows, which would hold the old and the new buffer at once.
-    m_text.reserve(qsizetype(64 + volumeUUID.size() + entryCount * 149));
-    m_text.append("{\"volumeUUID\":\"").append(volumeUUID.data(), qsizetype(volumeUUID.size()));
-    m_text.append("\",\"entries\":[");
 }
 
-void Writer::add(const HashCache::Entry& entry)
+int Reader::peek()
 {
-    m_text.append(m_first ? "\n{\"fileID\":" : ",\n{\"fileID\":");
-    m_first = false;
-    appendNumber(m_text, entry.fileID);
-    m_text.append(",\"mtimeNsec\":");
-    appendNumber(m_text, entry.mtimeNsec);
-    m_text.append(",\"size\":");
-    appendNumber(m_text, entry.size);
-    m_text.append(",\"low\":");
-    appendNumber(m_text, entry.low);
-    m_text.append(",\"high\":");
-    appendNumber(m_text, entry.high);
-    m_text.append('}');
-}
-
-QByteArray Writer::finish()
-{
-    m_text.append("\n]}\n");
-    return std::move(m_text);
-}
-
-std::optional<std::string> decode(std::string_view text, const std::function<void(const HashCache::Entry&)>& onEntry)
-{
-    JsonCursor cursor(text);
-    std::optional<std::string> volumeUUID;
-    bool sawEntries = false;
-    if (!cursor.consume('{'))
-        return std::nullopt;
-    if (!cursor.consume('}')) {
-        do {
-            const std::optional<std::string> key = cursor.string();
-            if (!key || !cursor.consume(':'))
-                return std::nullopt;
-            if (*key == "volumeUUID") {
-                volumeUUID = cursor.string();
-                if (!volumeUUID)
-                    return std::nullopt;
-            } else if (*key == "entries") {
-                if (!cursor.consume('['))
-                    return std::nullopt;
-                if (!cursor.consume(']')) {
-                    do {
-                        HashCache::Entry entry;
-                        if (!readEntry(cursor, entry))
-                            return std::nullopt;
-                        onEntry(entry);
-                    } while (cursor.consume(','));
-                    if (!cursor.consume(']'))
-                        return std::nullopt;
-                }
-                sawEntries = true;
-            } else if (!cursor.skipValue()) {
-                return std::nullopt;
-            }
-        } while (cursor.consume(','));
-        if (!cursor.consume('}'))
-            return std::nullopt;
+    if (m_offset == m_buffer.size()) {
+        m_buffer = m_in.read(blockSize);
+        m_offset = 0;
+        if (m_buffer.isEmpty())
+            return -1;
     }
-    if (!volumeUUID || !sawEntries || !cursor.atEnd())
+    return std::uint8_t(m_buffer.at(m_offset));
+}
+
+void Reader::skipSpace()
+{
+    for (int c = peek(); c == ' ' || c == '\n' || c == '\r' || c == '\t'; c = peek())
+        ++m_offset;
+}
+
+bool Reader::take(char c)
+{
+    skipSpace();
+    if (peek() != std::uint8_t(c))
+        return false;
+    ++m_offset;
+    return true;
+}
+
+std::optional<std::string> Reader::string()
+{
+    if (!take('"'))
         return std::nullopt;
-    return volumeUUID;
+    std::string text;
+    for (int c = peek(); c != '"'; c = peek()) {
+        if (c < 0x20 || c == '\\' || text.size() == longestString)
+            return std::nullopt;
+        text.push_back(char(c));
+        ++m_offset;
+    }
+    ++m_offset;
+    return text;
+}
+
+std::optional<std::uint64_t> Reader::unsignedNumber()
+{
+    skipSpace();
+    std::uint64_t number = 0;
+    int digits = 0;
+    for (int c = peek(); c >= '0' && c <= '9'; c = peek(), ++digits) {
+        if (__builtin_mul_overflow(number, 10u, &number) || __builtin_add_overflow(number, unsigned(c - '0'), &number))
+            return std::nullopt;
+        ++m_offset;
+    }
+    if (digits == 0)
+        return std::nullopt;
+    return number;
+}
+
+std::optional<std::int64_t> Reader::signedNumber()
+{
+    skipSpace();
+    const bool negative = peek() == '-';
+    if (negative)
+        ++m_offset;
+    const std::optional<std::uint64_t> magnitude = unsignedNumber();
+    constexpr auto largest = std::uint64_t(std::numeric_limits<std::int64_t>::max());
+    if (!magnitude || *magnitude > largest + (negative ? 1 : 0))
+        return std::nullopt;
+    return negative ? std::int64_t(0 - *magnitude) : std::int64_t(*magnitude);
+}
+
+bool Reader::fail()
+{
+    m_failed = true;
+    return false;
+}
+
+std::optional<std::string> Reader::volumeUUID()
+{
+    std::optional<std::string> volume;
+    if (take('{') && string() == "volumeUUID" && take(':'))
+        volume = string();
+    if (!volume || volume->empty() || !take(',') || string() != "entries" || !take(':') || !take('[')) {
+        fail();
+        return std::nullopt;
+    }
+    return volume;
+}
+
+bool Reader::next(HashCache::Entry& entry)
+{
+    if (m_failed || m_ended)
+        return false;
+    if (take(']')) {
+        m_ended = true;
+        if (!take('}'))
+            return fail();
+        skipSpace();
+        return peek() == -1 ? false : fail();
+    }
+    if ((!m_firstEntry && !take(',')) || !take('{'))
+        return fail();
+    m_firstEntry = false;
+
+    // The five fields in any order, each once.
+    unsigned seen = 0;
+    for (int field = 0; field < 5; ++field) {
+        if (field > 0 && !take(','))
+            return fail();
+        const std::optional<std::string> name = string();
+        if (!name || !take(':'))
+            return fail();
+        static const std::string_view names[] = {"fileID", "mtimeNsec", "size", "low", "high"};
+        const auto at = std::find(std::begin(names), std::end(names), *name);
+        const unsigned bit = 1u << (at - std::begin(names));
+        if (at == std::end(names) || (seen & bit))
+            return fail();
+        seen |= bit;
+        if (*name == "mtimeNsec") {
+            const auto value = signedNumber();
+            if (!value)
+                return fail();
+            entry.mtimeNsec = *value;
+            continue;
+        }
+        const auto value = unsignedNumber();
+        if (!value)
+            return fail();
+        (*name == "fileID"        ? entry.fileID
+                : *name == "size" ? entry.size
+                : *name == "low"  ? entry.low
+                                  : entry.high)
+            = *value;
+    }
+    if (!take('}'))
+        return fail();
+    const HashCache::Key key = entry.key();
+    if (m_last && !(*m_last < key))
+        return fail();
+    m_last = key;
+    return true;
+}
+
+Writer::Writer(QIODevice& out, std::string_view volumeUUID)
+    : m_out(out)
+    , m_ok(!volumeUUID.empty() && !needsEscaping(volumeUUID))
+{
+    m_buffer.reserve(blockSize + 256);
+    m_buffer.append(R"({"volumeUUID":")");
+    m_buffer.append(volumeUUID.data(), qsizetype(volumeUUID.size()));
+    m_buffer.append(R"(","entries":[)");
+}
+
+bool Writer::add(const HashCache::Entry& entry)
+{
+    m_buffer.append(m_first ? "\n{\"fileID\":" : ",\n{\"fileID\":");
+    m_first = false;
+    appendNumber(m_buffer, entry.fileID);
+    m_buffer.append(",\"mtimeNsec\":");
+    appendNumber(m_buffer, entry.mtimeNsec);
+    m_buffer.append(",\"size\":");
+    appendNumber(m_buffer, entry.size);
+    m_buffer.append(",\"low\":");
+    appendNumber(m_buffer, entry.low);
+    m_buffer.append(",\"high\":");
+    appendNumber(m_buffer, entry.high);
+    m_buffer.append('}');
+    return flushIfFull();
+}
+
+bool Writer::flushIfFull()
+{
+    if (m_buffer.size() < blockSize)
+        return m_ok;
+    m_ok = m_ok && m_out.write(m_buffer) == m_buffer.size();
+    m_buffer.clear();
+    return m_ok;
+}
+
+bool Writer::finish()
+{
+    m_buffer.append("\n]}\n");
+    m_ok = m_ok && m_out.write(m_buffer) == m_buffer.size();
+    m_buffer.clear();
+    return m_ok;
 }
 
 } // namespace HashCacheFile

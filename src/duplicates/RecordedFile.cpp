@@ -6,14 +6,26 @@ RecordedFile RecordedFile::open(const std::string& path, const FileRecord& recor
 {
     std::optional<ReadOnlyFile> file = ReadOnlyFile::open(path.c_str());
     if (!file)
-        return {std::nullopt, errno == ENOENT ? ReadProblem::changed : problemFromError(errno)};
-    const std::optional<FileStatus> status = file->status();
+        return {std::nullopt, problemOpening(errno)};
+    const ReadProblem problem = problemSince(file->status(), record);
+    if (problem != ReadProblem::none)
+        return {std::nullopt, problem};
+    return {std::move(file), ReadProblem::none};
+}
+
+ReadProblem problemOpening(int error)
+{
+    return error == ENOENT ? ReadProblem::changed : problemFromError(error);
+}
+
+ReadProblem problemSince(const std::optional<FileStatus>& status, const FileRecord& record)
+{
     if (!status)
-        return {std::nullopt, problemFromError(errno)};
+        return problemFromError(errno);
     const std::int64_t mtime = status->modifiedSeconds * 1'000'000'000 + status->modifiedNanoseconds;
     if (status->inode != record.fileID || std::uint64_t(status->size) != record.size || mtime != record.mtimeNsec)
-        return {std::nullopt, ReadProblem::changed};
-    return {std::move(file), ReadProblem::none};
+        return ReadProblem::changed;
+    return ReadProblem::none;
 }
 
 ReadProblem problemFromError(int error)

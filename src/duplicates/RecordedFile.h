@@ -23,5 +23,10 @@ struct RecordedFile {
     static RecordedFile open(const std::string& path, const FileRecord& record);
 };
 
+// The problem a failed open stands for: a file gone since the listing has changed.
+ReadProblem problemOpening(int error);
+// Whether an opened file is still the one the inventory listed (inode, length and content time), given
+// its status (nothing when that could not be read; `errno` says why).
+ReadProblem problemSince(const std::optional<FileStatus>& status, const FileRecord& record);
 // The problem a failed read stands for.
 ReadProblem problemFromError(int error);

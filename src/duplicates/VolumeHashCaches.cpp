@@ -3,6 +3,34 @@
 #include "duplicates/FileInventory.h"
 #include "platform/VolumeIdentity.h"
 
+#include <algorithm>
+
+namespace {
+
+HashCache::Key keyOf(const FileRecord& record)
+{
+    return {record.fileID, record.mtimeNsec, record.size};
+}
+
+// The positions of the candidates on `cache`'s volume whose state is `state`, in key order. Positions
+// rather than keys, as a first scan can have a few hundred thousand of them.
+std::vector<std::uint32_t> positionsOn(const VolumeHashCaches& caches, const HashCache* cache,
+    const Inventory& inventory, const Candidates& candidates, Candidates::State state)
+{
+    const auto keyAt = [&](std::uint32_t position) { return keyOf(inventory.records[candidates.records[position]]); };
+    std::vector<std::uint32_t> positions;
+    for (std::uint32_t position = 0; position < candidates.size(); ++position) {
+        if (candidates.states[position] == state
+            && caches.forDevice(inventory.records[candidates.records[position]].device) == cache)
+            positions.push_back(position);
+    }
+    std::sort(
+        positions.begin(), positions.end(), [&](std::uint32_t a, std::uint32_t b) { return keyAt(a) < keyAt(b); });
+    return positions;
+}
+
+} // namespace
+
 VolumeHashCaches VolumeHashCaches::open(const Inventory& inventory)
 {
     VolumeHashCaches caches;
@@ -13,7 +41,7 @@ VolumeHashCaches VolumeHashCaches::open(const Inventory& inventory)
         if (known)
             continue;
         HashCache* cache = nullptr;
-        if (const auto uuid = volumeUUID(inventory.directories[std::size_t(record.directory)])) {
+        if (const auto uuid = volumeUUID(std::string(inventory.directories[std::size_t(record.directory)]))) {
             for (const auto& open : caches.m_caches)
                 if (open->volumeUUID() == *uuid)
                     cache = open.get();
@@ -33,8 +61,52 @@ HashCache* VolumeHashCaches::forDevice(std::uint32_t device) const
     return nullptr;
 }
 
-void VolumeHashCaches::saveAll() const
+std::int64_t VolumeHashCaches::takeCachedSamples(const Inventory& inventory, Candidates& candidates) const
 {
-    for (const auto& cache : m_caches)
-        cache->save();
+    const auto keyAt = [&](std::uint32_t position) { return keyOf(inventory.records[candidates.records[position]]); };
+    std::int64_t found = 0;
+    for (const auto& cache : m_caches) {
+        const auto wanted = positionsOn(*this, cache.get(), inventory, candidates, Candidates::State::unsampled);
+        if (wanted.empty())
+            continue;
+        // Both lists ascend, so one pass over each matches them.
+        std::size_t next = 0;
+        std::int64_t foundHere = 0;
+        const bool usable = cache->read([&](const HashCache::Entry& entry) {
+            const HashCache::Key key = entry.key();
+            while (next < wanted.size() && keyAt(wanted[next]) < key)
+                ++next;
+            for (std::size_t i = next; i < wanted.size() && keyAt(wanted[i]) == key; ++i) {
+                candidates.samples[wanted[i]] = entry.hash();
+                candidates.states[wanted[i]] = Candidates::State::cached;
+                ++foundHere;
+            }
+        });
+        if (!usable) {
+            for (const std::uint32_t position : wanted)
+                candidates.states[position] = Candidates::State::unsampled;
+            foundHere = 0;
+        }
+        found += foundHere;
+    }
+    return found;
+}
+
+void VolumeHashCaches::saveNewSamples(const Inventory& inventory, const Candidates& candidates) const
+{
+    for (const auto& cache : m_caches) {
+        const auto sampled = positionsOn(*this, cache.get(), inventory, candidates, Candidates::State::sampled);
+        if (sampled.empty())
+            continue; // nothing new: the file stays as it is
+        std::vector<HashCache::Entry> added;
+        added.reserve(sampled.size());
+        for (const std::uint32_t position : sampled) {
+            const HashCache::Key key = keyOf(inventory.records[candidates.records[position]]);
+            if (!added.empty() && added.back().key() == key)
+                continue; // one file on two devices of the volume
+            const ContentHash& hash = candidates.samples[position];
+            added.push_back({key.fileID, key.mtimeNsec, key.size, hash.low, hash.high});
+        }
+        cache->save(added);
+    }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "duplicates/Candidates.h"
 #include "duplicates/HashCache.h"
 
 #include <cstdint>
@@ -16,8 +17,12 @@ public:
 
     // Nothing for a device whose volume has no identity.
     HashCache* forDevice(std::uint32_t device) const;
-    // Saves every cache that received new entries; failures are logged by the cache.
-    void saveAll() const;
+
+    // Fills in the samples the caches hold for candidates that are still the files they were, marking them
+    // cached. Returns how many were found.
+    std::int64_t takeCachedSamples(const Inventory& inventory, Candidates& candidates) const;
+    // Adds the samples read in this run to the caches of their volumes; failures are logged by the cache.
+    void saveNewSamples(const Inventory& inventory, const Candidates& candidates) const;
 
 private:
     std::vector<std::unique_ptr<HashCache>> m_caches;

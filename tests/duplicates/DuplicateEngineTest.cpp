@@ -9,7 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -23,7 +25,7 @@ QList<QStringList> setsByName(const Inventory& inventory, const std::vector<Veri
     for (const VerifiedGroup& group : groups) {
         QStringList names;
         for (const std::uint32_t index : group.members)
-            names.append(QString::fromStdString(inventory.records[index].name));
+            names.append(QString::fromUtf8(inventory.records[index].name));
         names.sort();
         sets.append(names);
     }
@@ -107,8 +109,9 @@ TEST(DuplicateEngine, FilesOfUpTo8192BytesAreSampledWholeAndLargerOnesAtBothEnds
     };
     SampleBuffer buffer;
     const auto sampleOf = [&](const QString& path, std::uint64_t size) {
-        const auto file = ReadOnlyFile::open(QFile::encodeName(path).constData());
-        return sampleHash(*file, size, hasher, buffer);
+        const FolderFile folder = FolderFile::openFolder(QFile::encodeName(QFileInfo(path).path()).constData());
+        const FolderFile file = FolderFile::openIn(folder, QFile::encodeName(QFileInfo(path).fileName()).constData());
+        return sampleHash(file, size, hasher, buffer);
     };
     EXPECT_EQ(sampleOf(tree.path(QStringLiteral("whole/a")), 8192).hash, expected(whole, 8192));
     const SampleResult sampled = sampleOf(tree.path(QStringLiteral("split/a")), 8193);
@@ -186,7 +189,7 @@ TEST(DuplicateEngine, AnUnreadableFileIsCountedAndTheOthersAreStillCompared)
     EXPECT_EQ(notScannedSummary(inventory.stats, result.stats), QStringLiteral("1 file could not be read."));
 }
 
-TEST(DuplicateEngine, BucketsAreHandedOutLargestFirstThenByLaterFirstRecord)
+TEST(DuplicateEngine, OnlySharedSizesBecomeCandidatesAndEqualSamplesGroupWithinASize)
 {
     Inventory inventory;
     for (const std::uint64_t size : {10, 20, 10, 30, 20, 40, 30, 10, 50}) {
@@ -195,10 +198,38 @@ TEST(DuplicateEngine, BucketsAreHandedOutLargestFirstThenByLaterFirstRecord)
         inventory.records.push_back(record);
     }
     EngineStats stats;
-    const auto buckets = DuplicateEngine::sizeBuckets(inventory, stats);
-    using Bucket = std::vector<std::uint32_t>;
-    EXPECT_EQ(buckets, std::vector<Bucket>({{0, 2, 7}, {3, 6}, {1, 4}}));
+    Candidates candidates = DuplicateEngine::sizeCandidates(inventory, stats);
+    EXPECT_EQ(candidates.records, std::vector<std::uint32_t>({0, 2, 7, 1, 4, 3, 6}));
     EXPECT_EQ(stats.sizeBuckets, 3);
     EXPECT_EQ(stats.candidatesAfterSize, 7);
     EXPECT_EQ(stats.candidateBytesAfterSize, 30 + 60 + 40);
+
+    // Sizes 10: two alike and one apart; 20: alike but one left out; 30: the same sample as the 10s.
+    using State = Candidates::State;
+    const ContentHash same{1, 2};
+    candidates.samples = {same, {3, 4}, same, same, same, same, same};
+    candidates.states
+        = {State::sampled, State::cached, State::cached, State::sampled, State::leftOut, State::sampled, State::cached};
+    const auto groups = DuplicateEngine::sampleGroups(inventory, candidates, stats);
+    // The group with more bytes to compare comes first.
+    EXPECT_EQ(groups, std::vector<std::vector<std::uint32_t>>({{3, 6}, {0, 7}}));
+    EXPECT_EQ(stats.candidatesAfterPrehash, 4);
+    EXPECT_EQ(stats.candidateBytesAfterPrehash, 60 + 20);
+}
+
+TEST(DuplicateEngine, AFolderRemovedAfterTheInventoryLeavesItsFilesOutAsChanged)
+{
+    FixtureTree tree;
+    const QByteArray content = patternBytes(12000, 4);
+    for (const char* name : {"kept/a", "kept/b", "gone/c", "gone/d", "gone/e"})
+        tree.write(QString::fromLatin1(name), content);
+    const Inventory inventory = inventoryOf({tree.path()});
+    ASSERT_EQ(inventory.records.size(), 5u);
+    ASSERT_TRUE(QDir(tree.path(QStringLiteral("gone"))).removeRecursively());
+
+    LogCapture log;
+    const DuplicateEngine::Result result = runEngine(inventory);
+    EXPECT_EQ(setsByName(inventory, result.groups), QList<QStringList>({{"a", "b"}}));
+    EXPECT_EQ(result.stats.unreadable, 0);
+    EXPECT_TRUE(log.contains(QStringLiteral("files changed during the scan and were left out count=3")));
 }

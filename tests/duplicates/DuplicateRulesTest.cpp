@@ -81,7 +81,7 @@ TEST(DuplicateRules, DefaultTicksLeaveUserFoldersAndBlockedCopiesAlone)
     const DuplicateGroup documentsAndDownloads = groupOf({file(QStringLiteral("/home/ada/Downloads/report.pdf")),
         file(QStringLiteral("/home/ada/Documents/report.pdf"))});
     EXPECT_EQ(documentsAndDownloads.keeperID, documentsAndDownloads.members[1].id);
-    EXPECT_EQ(documentsAndDownloads.selected, QSet<QUuid>({documentsAndDownloads.members[0].id}));
+    EXPECT_EQ(documentsAndDownloads.selected, QList<QUuid>({documentsAndDownloads.members[0].id}));
     EXPECT_EQ(documentsAndDownloads.reclaimable(), 1000);
 
     const DuplicateGroup documentsAndPictures = groupOf(
@@ -95,7 +95,7 @@ TEST(DuplicateRules, DefaultTicksLeaveUserFoldersAndBlockedCopiesAlone)
     const DuplicateGroup withLocked = groupOf({file(QStringLiteral("/data/plain.bin")), locked, lockedToo,
         file(QStringLiteral("/data/Thing.app/Contents/plain.bin"))});
     EXPECT_EQ(withLocked.keeperID, withLocked.members[2].id) << "a locked copy is kept; the shallower locked one";
-    EXPECT_EQ(withLocked.selected, QSet<QUuid>({withLocked.members[0].id}));
+    EXPECT_EQ(withLocked.selected, QList<QUuid>({withLocked.members[0].id}));
     EXPECT_FALSE(withLocked.selected.contains(withLocked.keeperID));
 }
 
