@@ -46,6 +46,11 @@ inline QString systemProcess()
 }
 
 // The helper row of Settings → Services.
+inline QString explanation()
+{
+    return QStringLiteral("Tasks that need administrator rights run through Velloru’s helper. You approve it once, "
+                          "then it’s just a button.");
+}
 inline QString heading()
 {
     return QStringLiteral("Maintenance Helper");

@@ -72,6 +72,9 @@ QWidget* SettingsWindow::makeServicesTab(HelperManager& helper)
     status->setText(helperStatusText(helper));
     connect(&helper, &HelperManager::changed, status, [status, &helper] { status->setText(helperStatusText(helper)); });
     form->addRow(HelperTexts::heading() + QLatin1Char(':'), status);
+    auto* explanation = new QLabel(HelperTexts::explanation(), tab);
+    explanation->setWordWrap(true);
+    form->addRow(QString(), explanation);
     // The mount agent reports its state here once it is part of Velloru.
     form->addRow(
         QStringLiteral("Mount Agent:"), new QLabel(QStringLiteral("Not part of this version of Velloru yet."), tab));

@@ -154,6 +154,18 @@ TEST_F(MainWindowTest, SettingsTabsFollowTheRouterBothWays)
     }
     router.select(SettingsRouter::Tab::services);
     EXPECT_EQ(settings->tabs()->currentIndex(), 1);
+    auto* helperStatus = settings->findChild<QLabel*>(QStringLiteral("helperStatus"));
+    ASSERT_TRUE(helperStatus);
+    EXPECT_EQ(helperStatus->text(), QStringLiteral("Helper not installed yet"));
+    // The row follows the helper as it changes: a refresh under way, then a helper from another version.
+    state.helper().setState(HelperManager::State::ready);
+    state.helper().setRefreshing(true);
+    EXPECT_EQ(helperStatus->text(), QStringLiteral("Updating the helper…"));
+    state.helper().setRefreshing(false);
+    state.helper().setSyncState(HelperManager::SyncState::stale, QStringLiteral("0.0.9"));
+    EXPECT_EQ(helperStatus->text(),
+        QStringLiteral("The helper needs updating to match this version of Velloru. Out of "
+                       "step: the helper is from Velloru 0.0.9."));
 
     router.select(SettingsRouter::Tab::charts);
     auto* style = settings->findChild<QComboBox*>(QStringLiteral("chartStyle"));
