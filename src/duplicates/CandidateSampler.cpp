@@ -1,9 +1,9 @@
 #include "duplicates/CandidateSampler.h"
 
 #include "duplicates/FileInventory.h"
-#include "platform/FolderFile.h"
 #include "duplicates/SampleHash.h"
 #include "duplicates/Sha256.h"
+#include "platform/FileReading.h"
 
 #include <algorithm>
 #include <atomic>
@@ -23,11 +23,11 @@ public:
     }
 
     // The open folder of `record`, or a closed one (then `errno` says why).
-    const FolderFile& of(const FileRecord& record)
+    const ReadOnlyFile& of(const FileRecord& record)
     {
         if (record.directory != m_directory) {
             m_directory = record.directory;
-            m_folder = FolderFile::openFolder(m_inventory.directories[std::size_t(m_directory)].data());
+            m_folder = ReadOnlyFile::openFolder(m_inventory.directories[std::size_t(m_directory)].data());
             m_error = errno;
         }
         errno = m_error;
@@ -37,15 +37,15 @@ public:
 private:
     const Inventory& m_inventory;
     std::int32_t m_directory = -1;
-    FolderFile m_folder;
+    ReadOnlyFile m_folder;
     int m_error = 0;
 };
 
 SampleResult sampleOne(const FileRecord& record, CurrentFolder& folders, Sha256& hasher, SampleBuffer& buffer)
 {
     SampleResult result;
-    const FolderFile& folder = folders.of(record);
-    const FolderFile file = folder.isOpen() ? FolderFile::openIn(folder, record.name.data()) : FolderFile();
+    const ReadOnlyFile& folder = folders.of(record);
+    const ReadOnlyFile file = folder.isOpen() ? ReadOnlyFile::openIn(folder, record.name.data()) : ReadOnlyFile();
     if (!file.isOpen()) {
         result.problem = problemOpening(errno);
         return result;

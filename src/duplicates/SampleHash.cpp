@@ -2,7 +2,7 @@
 
 #include "duplicates/Sha256.h"
 
-SampleResult sampleHash(const FolderFile& file, std::uint64_t size, Sha256& hasher, SampleBuffer& buffer)
+SampleResult sampleHash(const ReadOnlyFile& file, std::uint64_t size, Sha256& hasher, SampleBuffer& buffer)
 {
     SampleResult result;
     hasher.reset();

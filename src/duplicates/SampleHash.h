@@ -1,8 +1,8 @@
 #pragma once
 
 #include "duplicates/ContentHash.h"
-#include "platform/FolderFile.h"
 #include "duplicates/RecordedFile.h"
+#include "platform/FileReading.h"
 
 #include <array>
 #include <cstddef>
@@ -22,4 +22,4 @@ struct SampleResult {
 inline constexpr std::uint64_t sampleSpan = 4096;
 using SampleBuffer = std::array<std::byte, 2 * sampleSpan>;
 
-SampleResult sampleHash(const FolderFile& file, std::uint64_t size, Sha256& hasher, SampleBuffer& buffer);
+SampleResult sampleHash(const ReadOnlyFile& file, std::uint64_t size, Sha256& hasher, SampleBuffer& buffer);

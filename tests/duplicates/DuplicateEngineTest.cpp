@@ -109,8 +109,9 @@ TEST(DuplicateEngine, FilesOfUpTo8192BytesAreSampledWholeAndLargerOnesAtBothEnds
     };
     SampleBuffer buffer;
     const auto sampleOf = [&](const QString& path, std::uint64_t size) {
-        const FolderFile folder = FolderFile::openFolder(QFile::encodeName(QFileInfo(path).path()).constData());
-        const FolderFile file = FolderFile::openIn(folder, QFile::encodeName(QFileInfo(path).fileName()).constData());
+        const ReadOnlyFile folder = ReadOnlyFile::openFolder(QFile::encodeName(QFileInfo(path).path()).constData());
+        const ReadOnlyFile file
+            = ReadOnlyFile::openIn(folder, QFile::encodeName(QFileInfo(path).fileName()).constData());
         return sampleHash(file, size, hasher, buffer);
     };
     EXPECT_EQ(sampleOf(tree.path(QStringLiteral("whole/a")), 8192).hash, expected(whole, 8192));

@@ -14,6 +14,16 @@ std::optional<ReadOnlyFile> ReadOnlyFile::open(const char* path)
     return ReadOnlyFile(fd);
 }
 
+ReadOnlyFile ReadOnlyFile::openFolder(const char* path)
+{
+    return ReadOnlyFile(::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+ReadOnlyFile ReadOnlyFile::openIn(const ReadOnlyFile& folder, const char* name)
+{
+    return ReadOnlyFile(::openat(folder.m_fd, name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY));
+}
+
 ReadOnlyFile::ReadOnlyFile(ReadOnlyFile&& other) noexcept
     : m_fd(std::exchange(other.m_fd, -1))
 {
