@@ -8,7 +8,6 @@
 #include "platform/TrashStore.h"
 #include "privacy/KnownApps.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QSettings>
 #include <QTimer>
@@ -41,7 +40,6 @@ SidebarCounts::Counts countSections(const QString& home)
 
 AppState::AppState()
     : m_audit(StoragePaths::dataFolder())
-    , m_helperService(QCoreApplication::applicationDirPath() + QStringLiteral("/velloru-helper"))
     , m_helper(HelperProtocol::socketPath())
     , m_helperRefresh(m_helper, m_helperService, HelperProtocol::version, HelperRefresh::Timing())
     , m_helperTrash(

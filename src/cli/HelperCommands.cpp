@@ -11,7 +11,6 @@
 #include "platform/SystemdHelperService.h"
 #include "removal/AuditLog.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QEventLoop>
 
@@ -33,11 +32,6 @@ template <typename Answer, typename Start> Answer waitFor(Start start)
     return std::move(*answer);
 }
 
-QString helperProgram()
-{
-    return QCoreApplication::applicationDirPath() + QStringLiteral("/velloru-helper");
-}
-
 } // namespace
 
 int runHelperCommand(CommandContext& context)
@@ -48,7 +42,7 @@ int runHelperCommand(CommandContext& context)
         context.err << "velloru helper: say “status”, “install” or “uninstall”.\n";
         return 2;
     }
-    SystemdHelperService service(helperProgram());
+    SystemdHelperService service;
     HelperManager helper(HelperProtocol::socketPath());
     HelperRefresh refresh(helper, service, HelperProtocol::version, HelperRefresh::Timing());
     if (action == QLatin1String("uninstall")) {
@@ -102,7 +96,7 @@ int runMaintenanceCommand(CommandContext& context)
                            .arg(context.arguments.join(u' '));
         return 2;
     }
-    SystemdHelperService service(helperProgram());
+    SystemdHelperService service;
     HelperManager helper(HelperProtocol::socketPath());
     helper.refreshState(service);
     AuditLog log(StoragePaths::dataFolder());

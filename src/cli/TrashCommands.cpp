@@ -1,7 +1,5 @@
 #include "cli/Commands.h"
 
-#include <QCoreApplication>
-
 #include "common/ByteCount.h"
 #include "common/JsonText.h"
 #include "common/StoragePaths.h"
@@ -32,7 +30,7 @@ int runTrashCommand(CommandContext& context)
     }
     AuditLog log(StoragePaths::dataFolder());
     // Items in folders root owns go through the helper, when it is set up.
-    SystemdHelperService service(QCoreApplication::applicationDirPath() + QStringLiteral("/velloru-helper"));
+    SystemdHelperService service;
     HelperManager helper(HelperProtocol::socketPath());
     helper.refreshState(service);
     HelperTrash helperTrash(

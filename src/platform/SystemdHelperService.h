@@ -9,8 +9,8 @@
 // it serves, and enables the socket. Unprivileged users install through pkexec.
 class SystemdHelperService : public HelperService {
 public:
-    // `helperProgram`: the velloru-helper built beside the app, copied at installation.
-    explicit SystemdHelperService(QString helperProgram);
+    // Installs the velloru-helper that lies beside the running program.
+    SystemdHelperService();
 
     Status status() override;
     std::optional<Error> registerService() override;

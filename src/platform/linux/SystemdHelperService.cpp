@@ -2,6 +2,7 @@
 
 #include "common/AtomicFile.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -63,8 +64,8 @@ QByteArray serviceUnitText()
 
 } // namespace
 
-SystemdHelperService::SystemdHelperService(QString helperProgram)
-    : m_helperProgram(std::move(helperProgram))
+SystemdHelperService::SystemdHelperService()
+    : m_helperProgram(QCoreApplication::applicationDirPath() + QStringLiteral("/velloru-helper"))
 {
 }
 
