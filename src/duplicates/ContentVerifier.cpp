@@ -5,39 +5,84 @@
 #include <algorithm>
 #include <cstring>
 
-ContentVerifier::ContentVerifier(const Inventory& inventory, std::size_t batchWidth, std::function<bool()> cancelled)
+ContentVerifier::ContentVerifier(
+    const Inventory& inventory, std::size_t batchWidth, std::function<bool()> cancelled, SideWork sideWork)
     : m_inventory(inventory)
     , m_batchWidth(std::max<std::size_t>(batchWidth, 1))
     , m_cancelled(std::move(cancelled))
+    , m_sideWork(std::move(sideWork))
+    , m_memberBuffer(std::make_unique_for_overwrite<std::byte[]>(memberPiece))
+    , m_sideAnchorBuffer(std::make_unique_for_overwrite<std::byte[]>(sideWorkSize))
 {
 }
 
-ContentVerifier::Outcome ContentVerifier::verify(std::vector<std::uint32_t> members)
+ContentVerifier::Outcome ContentVerifier::verify(Group members)
 {
     Outcome outcome;
+    compareGroup(std::move(members), Hashing::behind, outcome);
+    collectHashed(false, outcome.confirmed);
+    return outcome;
+}
+
+bool ContentVerifier::compareSideGroup(Outcome& outcome)
+{
+    Group* group = m_sideWork ? m_sideWork() : nullptr;
+    if (!group)
+        return false;
+    compareGroup(std::move(*group), Hashing::alongside, outcome);
+    return true;
+}
+
+void ContentVerifier::compareGroup(Group members, Hashing hashing, Outcome& outcome)
+{
+    ++outcome.groupsDone;
     while (members.size() >= 2 && !m_cancelled()) {
-        Round round = compareWithAnchor(members, outcome);
+        Round round = compareWithAnchor(members, hashing, outcome);
         if (round.anchorUsable && !round.matched.empty()) {
             VerifiedGroup group;
             group.members.reserve(round.matched.size() + 1);
             group.members.push_back(members.front());
             group.members.insert(group.members.end(), round.matched.begin(), round.matched.end());
-            group.hash = round.anchorHash;
             group.size = m_inventory.records[members.front()].size;
-            outcome.confirmed.push_back(std::move(group));
+            group.hash = round.anchorHash;
+            if (hashing == Hashing::alongside)
+                outcome.confirmed.push_back(std::move(group));
+            else
+                m_waiting.push_back({std::move(group), round.anchorDigest});
         }
         std::sort(round.remaining.begin(), round.remaining.end()); // keep inventory order for the next anchor
         members = std::move(round.remaining);
     }
+}
+
+ContentVerifier::Outcome ContentVerifier::finish()
+{
+    Outcome outcome;
+    collectHashed(true, outcome.confirmed);
     return outcome;
 }
 
-ContentVerifier::Round ContentVerifier::compareWithAnchor(const std::vector<std::uint32_t>& members, Outcome& outcome)
+void ContentVerifier::collectHashed(bool waitForAll, std::vector<VerifiedGroup>& into)
+{
+    // Digests arrive in ticket order, as the groups wait. A digest whose anchor was given up in a later
+    // batch has no group and is skipped.
+    for (const auto& [ticket, hash] : m_anchorHasher.finishedDigests(waitForAll)) {
+        if (m_waiting.empty() || m_waiting.front().digest != ticket)
+            continue;
+        m_waiting.front().group.hash = hash;
+        into.push_back(std::move(m_waiting.front().group));
+        m_waiting.pop_front();
+    }
+}
+
+ContentVerifier::Round ContentVerifier::compareWithAnchor(const Group& members, Hashing hashing, Outcome& outcome)
 {
     Round round;
     const FileRecord& anchorRecord = m_inventory.records[members.front()];
     const std::uint64_t size = anchorRecord.size;
     const std::string anchorPath = m_inventory.path(anchorRecord);
+    const bool behind = hashing == Hashing::behind;
+    const auto whileRingFull = [&] { return compareSideGroup(outcome); };
     bool anchorHashed = false;
 
     for (std::size_t start = 1; start < members.size(); start += m_batchWidth) {
@@ -61,50 +106,49 @@ ContentVerifier::Round ContentVerifier::compareWithAnchor(const std::vector<std:
             return giveUpAnchor(active);
         }
 
-        // A file of several chunks is hashed on the background thread while the next chunk is read, with
-        // the anchor's chunks alternating between two buffers.
-        const bool hashing = !anchorHashed;
-        const bool inBackground = hashing && size > chunkSize;
-        if (inBackground)
-            backgroundHasher().reset();
-        else if (hashing)
-            m_hasher.reset();
-        const auto settleHasher = [&] {
-            if (inBackground)
-                m_backgroundHasher->waitUntilIdle();
-        };
-        std::uint64_t offset = 0;
-        for (std::size_t chunkIndex = 0; offset < size && !active.empty(); ++chunkIndex) {
-            if (m_cancelled()) {
-                settleHasher();
+        // The anchor is hashed along with the first batch that it matches to the end; a digest left
+        // unfinished (every member of the batch differed) is simply never asked for.
+        const bool hashingNow = !anchorHashed;
+        AnchorHasher::Ticket digest = 0;
+        if (hashingNow && behind)
+            digest = m_anchorHasher.startDigest();
+        else if (hashingNow)
+            m_sideHasher.reset();
+        for (std::uint64_t offset = 0; offset < size && !active.empty();) {
+            if (m_cancelled())
                 return giveUpAnchor(active);
-            }
-            const auto chunk = std::size_t(std::min<std::uint64_t>(chunkSize, size - offset));
-            std::byte* anchorBuffer = buffer(inBackground ? chunkIndex % 2 : 0);
-            const ReadOutcome anchorRead = anchor.file->readAt(offset, {anchorBuffer, chunk});
+            const auto length = std::size_t(std::min<std::uint64_t>(behind ? chunkSize : sideWorkSize, size - offset));
+            const std::span<std::byte> chunk
+                = behind ? m_anchorHasher.space(length, whileRingFull) : std::span(m_sideAnchorBuffer.get(), length);
+            const ReadOutcome anchorRead = anchor.file->readAt(offset, chunk);
             outcome.counts.verifyBytesRead += std::int64_t(anchorRead.bytes);
-            if (anchorRead.bytes < chunk) {
-                settleHasher();
+            if (anchorRead.bytes < length) {
+                if (behind)
+                    m_anchorHasher.release(chunk);
                 count(anchorRead.error != 0 ? problemFromError(anchorRead.error) : ReadProblem::changed, outcome);
                 return giveUpAnchor(active);
             }
-            if (inBackground)
-                m_backgroundHasher->add({anchorBuffer, chunk});
-            else if (hashing)
-                m_hasher.update({anchorBuffer, chunk});
-            compareChunk(active, offset, {anchorBuffer, chunk}, round, outcome);
-            offset += chunk;
+            // Handed over first, so the chunk is hashed while the members are read and compared with it.
+            if (behind && hashingNow)
+                m_anchorHasher.hash(chunk);
+            else if (behind)
+                m_anchorHasher.release(chunk); // only this thread writes to the ring: the bytes stay put
+            else if (hashingNow)
+                m_sideHasher.update(chunk);
+            compareChunk(active, offset, chunk, round, outcome);
+            offset += length;
         }
-        if (active.empty()) {
-            settleHasher();
+        if (active.empty())
             continue;
-        }
         for (const Member& member : active)
             round.matched.push_back(member.index);
-        if (hashing) {
-            round.anchorHash = inBackground ? m_backgroundHasher->finish() : m_hasher.finish();
-            anchorHashed = true;
+        if (hashingNow && behind) {
+            m_anchorHasher.finishDigest();
+            round.anchorDigest = digest;
+        } else if (hashingNow) {
+            round.anchorHash = m_sideHasher.finish();
         }
+        anchorHashed = true;
     }
     return round;
 }
@@ -112,23 +156,28 @@ ContentVerifier::Round ContentVerifier::compareWithAnchor(const std::vector<std:
 void ContentVerifier::compareChunk(std::vector<Member>& active, std::uint64_t offset,
     std::span<const std::byte> anchorChunk, Round& round, Outcome& outcome)
 {
-    // The members are read one after the other into one buffer: each is compared with the anchor's chunk
-    // before the next is read, so a buffer per member would only hold more memory.
-    std::byte* memberBuffer = buffer(2);
+    // The members are read one after the other into one buffer, each compared with the anchor's chunk
+    // before the next is read, so a buffer per member would only hold more memory. A member's span is read
+    // a piece at a time, which keeps that buffer small and stops reading a member at its first difference.
+    std::byte* memberBuffer = m_memberBuffer.get();
     std::erase_if(active, [&](const Member& member) {
-        const ReadOutcome read = member.file.readAt(offset, {memberBuffer, anchorChunk.size()});
-        outcome.counts.verifyBytesRead += std::int64_t(read.bytes);
-        if (read.error != 0) {
-            count(problemFromError(read.error), outcome);
-            return true;
-        }
-        if (read.bytes < anchorChunk.size()) {
-            count(ReadProblem::changed, outcome);
-            return true;
-        }
-        if (std::memcmp(memberBuffer, anchorChunk.data(), anchorChunk.size()) != 0) {
-            round.remaining.push_back(member.index); // differs from this anchor, may equal another member
-            return true;
+        for (std::size_t done = 0; done < anchorChunk.size();) {
+            const std::size_t length = std::min(memberPiece, anchorChunk.size() - done);
+            const ReadOutcome read = member.file.readAt(offset + done, {memberBuffer, length});
+            outcome.counts.verifyBytesRead += std::int64_t(read.bytes);
+            if (read.error != 0) {
+                count(problemFromError(read.error), outcome);
+                return true;
+            }
+            if (read.bytes < length) {
+                count(ReadProblem::changed, outcome);
+                return true;
+            }
+            if (std::memcmp(memberBuffer, anchorChunk.data() + done, length) != 0) {
+                round.remaining.push_back(member.index); // differs from this anchor, may equal another member
+                return true;
+            }
+            done += length;
         }
         return false;
     });
@@ -148,24 +197,6 @@ std::vector<ContentVerifier::Member> ContentVerifier::openBatch(std::span<const 
         opened.push_back({index, std::move(*member.file)});
     }
     return opened;
-}
-
-std::byte* ContentVerifier::buffer(std::size_t slot)
-{
-    // Allocated on first use and kept for the worker's life; pages a small file never reaches stay untouched.
-    if (m_buffers.size() <= slot)
-        m_buffers.resize(slot + 1);
-    if (!m_buffers[slot])
-        m_buffers[slot] = std::make_unique_for_overwrite<std::byte[]>(chunkSize);
-    return m_buffers[slot].get();
-}
-
-BackgroundHasher& ContentVerifier::backgroundHasher()
-{
-    // Started on first use: most scans of small files never need it.
-    if (!m_backgroundHasher)
-        m_backgroundHasher = std::make_unique<BackgroundHasher>();
-    return *m_backgroundHasher;
 }
 
 void ContentVerifier::count(ReadProblem problem, Outcome& outcome) const

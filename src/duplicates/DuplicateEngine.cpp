@@ -53,7 +53,7 @@ void DuplicateEngine::addCounts(EngineStats& total, const EngineStats& delta)
     total.unreadable += delta.unreadable;
 }
 
-void DuplicateEngine::reportProgress(Shared& shared, const Callbacks& callbacks, double total)
+void DuplicateEngine::reportProgress(Shared& shared, const Callbacks& callbacks, double total, std::int64_t units)
 {
     if (!callbacks.progress)
         return;
@@ -61,7 +61,7 @@ void DuplicateEngine::reportProgress(Shared& shared, const Callbacks& callbacks,
     double fraction = 0;
     {
         std::lock_guard guard(shared.lock);
-        ++shared.unitsDone;
+        shared.unitsDone += units;
         snapshot = shared.stats;
         fraction = total > 0 ? double(shared.unitsDone) / total : 1.0;
     }
@@ -70,25 +70,24 @@ void DuplicateEngine::reportProgress(Shared& shared, const Callbacks& callbacks,
 
 Candidates DuplicateEngine::sizeCandidates(const Inventory& inventory, EngineStats& stats)
 {
-    // Sorting indices by size keeps each size's files in inventory order without a map of lists.
-    std::vector<std::uint32_t> order(inventory.records.size());
-    for (std::uint32_t i = 0; i < order.size(); ++i)
-        order[i] = i;
-    std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
-        const std::uint64_t sizeA = inventory.records[a].size;
-        const std::uint64_t sizeB = inventory.records[b].size;
-        return sizeA != sizeB ? sizeA < sizeB : a < b;
-    });
+    // Sorting (size, index) pairs, read from the records in one pass, keeps each size's files in inventory
+    // order; sorting indices that look their sizes up in the records is several times slower.
+    std::vector<std::pair<std::uint64_t, std::uint32_t>> bySize;
+    bySize.reserve(inventory.records.size());
+    std::uint32_t index = 0;
+    for (const FileRecord& record : inventory.records)
+        bySize.emplace_back(record.size, index++);
+    std::sort(bySize.begin(), bySize.end());
 
     Candidates candidates;
-    for (std::size_t start = 0; start < order.size();) {
-        const std::uint64_t size = inventory.records[order[start]].size;
+    for (std::size_t start = 0; start < bySize.size();) {
+        const std::uint64_t size = bySize[start].first;
         std::size_t end = start + 1;
-        while (end < order.size() && inventory.records[order[end]].size == size)
+        while (end < bySize.size() && bySize[end].first == size)
             ++end;
         if (end - start >= 2) {
-            candidates.records.insert(
-                candidates.records.end(), order.begin() + std::ptrdiff_t(start), order.begin() + std::ptrdiff_t(end));
+            for (std::size_t i = start; i < end; ++i)
+                candidates.records.push_back(bySize[i].second);
             ++stats.sizeBuckets;
             stats.candidatesAfterSize += std::int64_t(end - start);
             stats.candidateBytesAfterSize += std::int64_t(size * (end - start));
@@ -104,34 +103,39 @@ Candidates DuplicateEngine::sizeCandidates(const Inventory& inventory, EngineSta
 std::vector<std::vector<std::uint32_t>> DuplicateEngine::sampleGroups(
     const Inventory& inventory, const Candidates& candidates, EngineStats& stats)
 {
-    // Candidates are in size order already; equal samples are brought together within each size.
-    std::vector<std::uint32_t> order;
-    order.reserve(candidates.size());
-    for (std::uint32_t position = 0; position < candidates.size(); ++position)
-        if (candidates.states[position] == Candidates::State::sampled
-            || candidates.states[position] == Candidates::State::cached)
-            order.push_back(position);
+    const auto usable = [&](std::uint32_t position) {
+        return candidates.states[position] == Candidates::State::sampled
+            || candidates.states[position] == Candidates::State::cached;
+    };
     const auto sizeOf = [&](std::uint32_t position) { return inventory.records[candidates.records[position]].size; };
-    std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
-        if (sizeOf(a) != sizeOf(b))
-            return sizeOf(a) < sizeOf(b);
-        if (candidates.samples[a] != candidates.samples[b])
-            return candidates.samples[a] < candidates.samples[b];
-        return candidates.records[a] < candidates.records[b];
-    });
-
+    // Candidates come in size order: equal samples are brought together within each size's run.
     std::vector<Group> groups;
-    for (std::size_t start = 0; start < order.size();) {
-        std::size_t end = start + 1;
-        while (end < order.size() && sizeOf(order[end]) == sizeOf(order[start])
-            && candidates.samples[order[end]] == candidates.samples[order[start]])
+    std::vector<std::uint32_t> run;
+    for (std::uint32_t start = 0; start < candidates.size();) {
+        const std::uint64_t size = sizeOf(start);
+        std::uint32_t end = start + 1;
+        while (end < candidates.size() && sizeOf(end) == size)
             ++end;
-        if (end - start >= 2) {
-            Group& group = groups.emplace_back();
-            for (std::size_t i = start; i < end; ++i)
-                group.push_back(candidates.records[order[i]]);
-            stats.candidatesAfterPrehash += std::int64_t(group.size());
-            stats.candidateBytesAfterPrehash += std::int64_t(group.size() * sizeOf(order[start]));
+        run.clear();
+        for (std::uint32_t position = start; position < end; ++position)
+            if (usable(position))
+                run.push_back(position);
+        std::sort(run.begin(), run.end(), [&](std::uint32_t a, std::uint32_t b) {
+            return candidates.samples[a] != candidates.samples[b] ? candidates.samples[a] < candidates.samples[b]
+                                                                  : candidates.records[a] < candidates.records[b];
+        });
+        for (std::size_t first = 0; first < run.size();) {
+            std::size_t last = first + 1;
+            while (last < run.size() && candidates.samples[run[last]] == candidates.samples[run[first]])
+                ++last;
+            if (last - first >= 2) {
+                Group& group = groups.emplace_back();
+                for (std::size_t i = first; i < last; ++i)
+                    group.push_back(candidates.records[run[i]]);
+                stats.candidatesAfterPrehash += std::int64_t(group.size());
+                stats.candidateBytesAfterPrehash += std::int64_t(group.size() * size);
+            }
+            first = last;
         }
         start = end;
     }
@@ -166,27 +170,34 @@ DuplicateEngine::Result DuplicateEngine::run(const Inventory& inventory, const V
     LockedQueue<Group> pending(std::move(groups));
     const double pendingCount = double(pending.size());
     runPool(verifyWorkerCount(), [&] {
-        ContentVerifier verifier(inventory, width, cancelled);
-        while (!cancelled()) {
-            Group* group = pending.take();
-            if (!group)
-                break;
-            ContentVerifier::Outcome outcome = verifier.verify(std::move(*group));
-            for (const VerifiedGroup& confirmed : outcome.confirmed)
+        ContentVerifier verifier(inventory, width, cancelled, [&] {
+            return pending.takeLastIf([&](const Group& group) {
+                return inventory.records[group.front()].size <= ContentVerifier::sideWorkSize;
+            });
+        });
+        const auto publish = [&](ContentVerifier::Outcome outcome) {
+            for (const VerifiedGroup& group : outcome.confirmed)
                 if (callbacks.confirmed)
-                    callbacks.confirmed(confirmed);
+                    callbacks.confirmed(group);
             {
                 std::lock_guard guard(shared.lock);
                 addCounts(shared.stats, outcome.counts);
                 shared.changedDuringScan += outcome.changedDuringScan;
-                for (VerifiedGroup& confirmed : outcome.confirmed) {
+                for (VerifiedGroup& group : outcome.confirmed) {
                     ++shared.stats.groupsConfirmed;
-                    shared.stats.reclaimableBytes += std::int64_t(confirmed.size * (confirmed.members.size() - 1));
-                    shared.verified.push_back(std::move(confirmed));
+                    shared.stats.reclaimableBytes += std::int64_t(group.size * (group.members.size() - 1));
+                    shared.verified.push_back(std::move(group));
                 }
             }
-            reportProgress(shared, callbacks, pendingCount);
+            reportProgress(shared, callbacks, pendingCount, outcome.groupsDone);
+        };
+        while (!cancelled()) {
+            Group* group = pending.take();
+            if (!group)
+                break;
+            publish(verifier.verify(std::move(*group)));
         }
+        publish(verifier.finish()); // the sets whose hash came in last
     });
 
     if (shared.changedDuringScan > 0)

@@ -52,6 +52,6 @@ public:
     };
     // Adds a worker's byte and problem counts.
     static void addCounts(EngineStats& total, const EngineStats& delta);
-    // Counts one unit of `total` done and reports the stage's progress.
-    static void reportProgress(Shared& shared, const Callbacks& callbacks, double total);
+    // Counts `units` of `total` done and reports the stage's progress.
+    static void reportProgress(Shared& shared, const Callbacks& callbacks, double total, std::int64_t units = 1);
 };
