@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <cstdint>
 #include <thread>
 
 namespace {
@@ -41,6 +42,9 @@ private:
     int m_error = 0;
 };
 
+// The file's identity is not checked again here, which would cost a status call per candidate: a file
+// changed since the listing has a new content time, so its sample is stored under a key no later scan asks
+// for, and the comparison, which checks every file it opens, leaves it out.
 SampleResult sampleOne(const FileRecord& record, CurrentFolder& folders, Sha256& hasher, SampleBuffer& buffer)
 {
     SampleResult result;
@@ -50,9 +54,6 @@ SampleResult sampleOne(const FileRecord& record, CurrentFolder& folders, Sha256&
         result.problem = problemOpening(errno);
         return result;
     }
-    result.problem = problemSince(file.status(), record);
-    if (result.problem != ReadProblem::none)
-        return result;
     return sampleHash(file, record.size, hasher, buffer);
 }
 
@@ -61,15 +62,24 @@ SampleResult sampleOne(const FileRecord& record, CurrentFolder& folders, Sha256&
 void sampleCandidates(const Inventory& inventory, Candidates& candidates, int workers, DuplicateEngine::Shared& shared,
     const DuplicateEngine::Callbacks& callbacks, const std::function<bool()>& cancelled)
 {
-    std::vector<std::uint32_t> order;
-    for (std::uint32_t position = 0; position < candidates.size(); ++position)
-        if (candidates.states[position] == Candidates::State::unsampled)
-            order.push_back(position);
-    const auto place = [&](std::uint32_t position) {
-        const FileRecord& record = inventory.records[candidates.records[position]];
-        return std::pair(record.directory, record.fileID);
-    };
-    std::sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) { return place(a) < place(b); });
+    // Taken in inventory order, which keeps each folder's files together (a folder's files are recorded in
+    // one go), so each worker opens a folder once for a run of its files. Each record is kept beside its
+    // candidate position so the workers read the records in order instead of jumping through the list.
+    constexpr std::uint32_t none = UINT32_MAX;
+    std::vector<std::uint32_t> positionOf(inventory.records.size(), none);
+    std::size_t unsampled = 0;
+    for (std::uint32_t position = 0; position < candidates.size(); ++position) {
+        if (candidates.states[position] == Candidates::State::unsampled) {
+            positionOf[candidates.records[position]] = position;
+            ++unsampled;
+        }
+    }
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> order; // record, position
+    order.reserve(unsampled);
+    for (std::uint32_t record = 0; record < positionOf.size(); ++record)
+        if (positionOf[record] != none)
+            order.emplace_back(record, positionOf[record]);
+    positionOf = {};
 
     const std::size_t jobs = (order.size() + filesPerJob - 1) / filesPerJob;
     std::atomic<std::size_t> nextJob = 0;
@@ -82,9 +92,8 @@ void sampleCandidates(const Inventory& inventory, Candidates& candidates, int wo
             std::int64_t changed = 0;
             const std::size_t end = std::min(order.size(), (job + 1) * filesPerJob);
             for (std::size_t i = job * filesPerJob; i < end; ++i) {
-                const std::uint32_t position = order[i];
-                const SampleResult sample
-                    = sampleOne(inventory.records[candidates.records[position]], folders, hasher, buffer);
+                const auto [record, position] = order[i];
+                const SampleResult sample = sampleOne(inventory.records[record], folders, hasher, buffer);
                 counts.prehashBytesRead += std::int64_t(sample.bytesRead);
                 switch (sample.problem) {
                 case ReadProblem::notPresentLocally: ++counts.datalessAtRead; break;

@@ -30,5 +30,7 @@ ReadProblem problemSince(const std::optional<FileStatus>& status, const FileReco
 
 ReadProblem problemFromError(int error)
 {
+    if (error == EISDIR || error == ESPIPE) // a folder or a pipe now stands where the file was listed
+        return ReadProblem::changed;
     return isNotPresentLocally(error) ? ReadProblem::notPresentLocally : ReadProblem::unreadable;
 }

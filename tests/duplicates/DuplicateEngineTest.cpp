@@ -157,21 +157,27 @@ TEST(DuplicateEngine, FilesThatChangeOrVanishAfterTheInventoryAreLeftOut)
 {
     FixtureTree tree;
     const QByteArray content = patternBytes(20000, 1);
-    for (const char* name : {"a", "b", "c", "d"})
+    for (const char* name : {"a", "b", "c", "d", "e", "f"})
         tree.write(QString::fromLatin1(name), content);
     const Inventory inventory = inventoryOf({tree.path()});
-    ASSERT_EQ(inventory.records.size(), 4u);
+    ASSERT_EQ(inventory.records.size(), 6u);
 
     QFile::remove(tree.path(QStringLiteral("b")));
-    tree.write(QStringLiteral("c"), withByteFlipped(content, 10)); // same length, new content
+    // Same length and the same ends, so it is still sampled alike and only the comparison can notice.
+    tree.write(QStringLiteral("c"), withByteFlipped(content, 10000));
     const struct timespec later[2] = {{0, UTIME_OMIT}, {2'000'000'000, 0}};
     ::utimensat(AT_FDCWD, QFile::encodeName(tree.path(QStringLiteral("c"))), later, 0);
+    // A named pipe (which must not make the scan wait for a writer) and a folder in two files' places.
+    QFile::remove(tree.path(QStringLiteral("e")));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(tree.path(QStringLiteral("e"))), 0600), 0);
+    QFile::remove(tree.path(QStringLiteral("f")));
+    ASSERT_TRUE(QDir(tree.path()).mkdir(QStringLiteral("f")));
 
     LogCapture log;
     const DuplicateEngine::Result result = runEngine(inventory);
     EXPECT_EQ(setsByName(inventory, result.groups), QList<QStringList>({{"a", "d"}}));
     EXPECT_EQ(result.stats.unreadable, 0); // gone or changed is not "could not be read"
-    EXPECT_TRUE(log.contains(QStringLiteral("files changed during the scan and were left out count=2")));
+    EXPECT_TRUE(log.contains(QStringLiteral("files changed during the scan and were left out count=4")));
 }
 
 TEST(DuplicateEngine, AnUnreadableFileIsCountedAndTheOthersAreStillCompared)
@@ -233,4 +239,43 @@ TEST(DuplicateEngine, AFolderRemovedAfterTheInventoryLeavesItsFilesOutAsChanged)
     EXPECT_EQ(setsByName(inventory, result.groups), QList<QStringList>({{"a", "b"}}));
     EXPECT_EQ(result.stats.unreadable, 0);
     EXPECT_TRUE(log.contains(QStringLiteral("files changed during the scan and were left out count=3")));
+}
+
+TEST(DuplicateEngine, LargeAndSmallSetsComparedTogetherEachCarryTheirOwnContentHash)
+{
+    // Hashing a large anchor falls behind the comparison; the worker then takes small sets from the end of
+    // the queue and hashes those itself. However the work interleaves, every set must be the right one
+    // with the hash of its own content.
+    FixtureTree tree;
+    const QByteArray large = patternBytes(5 * 1024 * 1024 + 3, 1);
+    tree.write(QStringLiteral("large/a"), large);
+    tree.write(QStringLiteral("large/b"), large);
+    tree.write(QStringLiteral("large/c-differs"), withByteFlipped(large, 3 * 1024 * 1024));
+    QList<QStringList> expected{{"a", "b"}};
+    for (int i = 0; i < 40; ++i) {
+        const QByteArray small = patternBytes(9000 + i * 3000, 100 + i);
+        const QString name = QStringLiteral("small-%1").arg(i);
+        tree.write(QStringLiteral("one/%1").arg(name), small);
+        tree.write(QStringLiteral("two/%1").arg(name), small);
+        expected.append(QStringList{name, name});
+    }
+    // The anchor differs in the middle; the other two are still proven equal to each other.
+    const QByteArray middle = patternBytes(50000, 7);
+    tree.write(QStringLiteral("m/0-anchor"), withByteFlipped(middle, 25000));
+    tree.write(QStringLiteral("m/1"), middle);
+    tree.write(QStringLiteral("m/2"), middle);
+    expected.append(QStringList{"1", "2"});
+    std::sort(expected.begin(), expected.end());
+
+    const Inventory inventory = inventoryOf({tree.path()});
+    const DuplicateEngine::Result result = runEngine(inventory);
+    EXPECT_EQ(setsByName(inventory, result.groups), expected);
+    EXPECT_EQ(result.stats.groupsConfirmed, std::int64_t(expected.size()));
+    for (const VerifiedGroup& group : result.groups) {
+        const QByteArray content
+            = readWholeFile(QString::fromStdString(inventory.path(inventory.records[group.members[0]])));
+        Sha256 hasher;
+        hasher.update(std::as_bytes(std::span(content.constData(), std::size_t(content.size()))));
+        EXPECT_EQ(group.hash, hasher.finish()) << inventory.path(inventory.records[group.members[0]]);
+    }
 }

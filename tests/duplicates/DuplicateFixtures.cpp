@@ -14,7 +14,7 @@
 QByteArray patternBytes(std::int64_t size, int seed)
 {
     QByteArray bytes(qsizetype(size), Qt::Uninitialized);
-    std::uint32_t state = 2166136261u ^ std::uint32_t(seed * 16777619);
+    std::uint32_t state = 2166136261u ^ (std::uint32_t(seed) * 16777619u);
     for (std::int64_t i = 0; i < size; ++i) {
         state = state * 1664525u + 1013904223u;
         bytes[qsizetype(i)] = char(state >> 24);

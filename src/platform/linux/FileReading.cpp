@@ -6,9 +6,16 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace {
+
+// O_NONBLOCK: should a named pipe have taken a listed file's place, opening it must not wait for a writer.
+constexpr int readOnlyFlags = O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+
+} // namespace
+
 std::optional<ReadOnlyFile> ReadOnlyFile::open(const char* path)
 {
-    const int fd = ::open(path, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY);
+    const int fd = ::open(path, readOnlyFlags);
     if (fd < 0)
         return std::nullopt;
     return ReadOnlyFile(fd);
@@ -21,7 +28,7 @@ ReadOnlyFile ReadOnlyFile::openFolder(const char* path)
 
 ReadOnlyFile ReadOnlyFile::openIn(const ReadOnlyFile& folder, const char* name)
 {
-    return ReadOnlyFile(::openat(folder.m_fd, name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY));
+    return ReadOnlyFile(::openat(folder.m_fd, name, readOnlyFlags));
 }
 
 ReadOnlyFile::ReadOnlyFile(ReadOnlyFile&& other) noexcept
