@@ -22,6 +22,11 @@ QString HashCache::fileFor(const std::string& volumeUUID)
         + QStringLiteral("/Duplicates/hashes-%1.json").arg(QString::fromStdString(volumeUUID));
 }
 
+bool HashCache::isStored() const
+{
+    return QFile::exists(m_fileURL);
+}
+
 bool HashCache::read(const std::function<void(const Entry&)>& onEntry) const
 {
     QFile file(m_fileURL);
@@ -50,7 +55,7 @@ bool HashCache::read(const std::function<void(const Entry&)>& onEntry) const
     return true;
 }
 
-std::optional<QString> HashCache::save(std::span<const Entry> added) const
+std::optional<QString> HashCache::save(const AddedEntries& added) const
 {
     bool storedUsable = true;
     std::optional<QString> failure = write(added, true, storedUsable);
@@ -61,7 +66,7 @@ std::optional<QString> HashCache::save(std::span<const Entry> added) const
     return failure;
 }
 
-std::optional<QString> HashCache::write(std::span<const Entry> added, bool withStored, bool& storedUsable) const
+std::optional<QString> HashCache::write(const AddedEntries& added, bool withStored, bool& storedUsable) const
 {
     const QString folder = QFileInfo(m_fileURL).absolutePath();
     if (!QDir().mkpath(folder))
@@ -74,15 +79,20 @@ std::optional<QString> HashCache::write(std::span<const Entry> added, bool withS
     HashCacheFile::Writer writer(out, m_volumeUUID);
     bool written = true;
     std::size_t next = 0;
-    const auto addUpTo = [&](const Key* key) {
-        for (; next < added.size() && (!key || added[next].key() <= *key); ++next)
-            written = writer.add(added[next]) && written;
+    Key lastAdded;
+    std::optional<Entry> pending = added.count > 0 ? std::optional(added.at(0)) : std::nullopt;
+    const auto addUpTo = [&](const Key* key) { // adds the added entries up to `key`; all when it is null
+        while (pending && (!key || pending->key() <= *key)) {
+            written = writer.add(*pending) && written;
+            lastAdded = pending->key();
+            pending = ++next < added.count ? std::optional(added.at(next)) : std::nullopt;
+        }
     };
     if (withStored) {
         storedUsable = read([&](const Entry& entry) {
             const Key key = entry.key();
             addUpTo(&key);
-            if (next == 0 || added[next - 1].key() != key)
+            if (next == 0 || lastAdded != key)
                 written = writer.add(entry) && written;
         });
         if (!storedUsable)

@@ -14,13 +14,6 @@ bool needsEscaping(std::string_view text)
         text.cbegin(), text.cend(), [](char c) { return c == '"' || c == '\\' || std::uint8_t(c) < 0x20; });
 }
 
-template <typename Number> void appendNumber(QByteArray& out, Number number)
-{
-    char digits[24];
-    const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    out.append(digits, end - digits);
-}
-
 } // namespace
 
 namespace HashCacheFile {
@@ -183,18 +176,26 @@ Writer::Writer(QIODevice& out, std::string_view volumeUUID)
 
 bool Writer::add(const HashCache::Entry& entry)
 {
-    m_buffer.append(m_first ? "\n{\"fileID\":" : ",\n{\"fileID\":");
+    // Formatted straight into the buffer, as a scan can write a few hundred thousand entries.
+    constexpr qsizetype longestEntry = 149;
+    const qsizetype start = m_buffer.size();
+    m_buffer.resize(start + longestEntry);
+    char* end = m_buffer.data() + start;
+    const auto put = [&](std::string_view piece) { end = std::copy(piece.begin(), piece.end(), end); };
+    const auto number = [&](auto value) { end = std::to_chars(end, end + 20, value).ptr; };
+    put(m_first ? "\n{\"fileID\":" : ",\n{\"fileID\":");
     m_first = false;
-    appendNumber(m_buffer, entry.fileID);
-    m_buffer.append(",\"mtimeNsec\":");
-    appendNumber(m_buffer, entry.mtimeNsec);
-    m_buffer.append(",\"size\":");
-    appendNumber(m_buffer, entry.size);
-    m_buffer.append(",\"low\":");
-    appendNumber(m_buffer, entry.low);
-    m_buffer.append(",\"high\":");
-    appendNumber(m_buffer, entry.high);
-    m_buffer.append('}');
+    number(entry.fileID);
+    put(",\"mtimeNsec\":");
+    number(entry.mtimeNsec);
+    put(",\"size\":");
+    number(entry.size);
+    put(",\"low\":");
+    number(entry.low);
+    put(",\"high\":");
+    number(entry.high);
+    put("}");
+    m_buffer.truncate(end - m_buffer.constData());
     return flushIfFull();
 }
 

@@ -46,6 +46,12 @@ std::optional<std::pair<std::string, std::vector<Entry>>> decoded(QByteArray byt
     return std::pair(*volume, entries);
 }
 
+// What a scan adds, from a list.
+HashCache::AddedEntries added(const std::vector<Entry>& entries)
+{
+    return {entries.size(), [entries](std::size_t i) { return entries[i]; }};
+}
+
 std::vector<Entry> storedIn(const HashCache& cache, bool* usable = nullptr)
 {
     std::vector<Entry> entries;
@@ -70,13 +76,13 @@ TEST(HashCache, MergesEachSaveWithWhatIsStoredAndKeepsFullSixtyFourBitValues)
     const std::string volume = "11111111-2222-3333-4444-555555555555";
     const HashCache cache(volume);
     EXPECT_TRUE(storedIn(cache).empty()) << "no file yet";
-    EXPECT_FALSE(cache.save(std::vector<Entry>{{1, 2, 3, 4, 5}, wide}));
+    EXPECT_FALSE(cache.save(added({{1, 2, 3, 4, 5}, wide})));
     EXPECT_TRUE(HashCache::fileFor(volume).endsWith(
         QStringLiteral("/Velloru/Duplicates/hashes-11111111-2222-3333-4444-555555555555.json")));
 
     // A second run adds files before, between and after the stored ones, and replaces one whose key it
     // sampled again.
-    EXPECT_FALSE(cache.save(std::vector<Entry>{{0, 9, 9, 9, 9}, {1, 2, 3, 40, 50}, {7, 0, 0, 1, 1}}));
+    EXPECT_FALSE(cache.save(added({{0, 9, 9, 9, 9}, {1, 2, 3, 40, 50}, {7, 0, 0, 1, 1}})));
     bool usable = false;
     const std::vector<Entry> stored = storedIn(HashCache(volume), &usable);
     EXPECT_TRUE(usable);
@@ -94,7 +100,7 @@ TEST(HashCache, AFileWrittenForAnotherVolumeIsIgnoredWholeAndReplaced)
     EXPECT_TRUE(storedIn(cache, &usable).empty());
     EXPECT_TRUE(usable);
     EXPECT_TRUE(log.contains(QStringLiteral("hash cache for another volume ignored")));
-    EXPECT_FALSE(cache.save(std::vector<Entry>{{7, 8, 9, 1, 2}}));
+    EXPECT_FALSE(cache.save(added({{7, 8, 9, 1, 2}})));
     const auto saved = decoded(readWholeFile(HashCache::fileFor(volume)));
     ASSERT_TRUE(saved);
     EXPECT_EQ(saved->first, volume);
@@ -120,7 +126,7 @@ TEST(HashCache, AFileThatIsNotACacheIsKeptAsideAndOnlyNewEntriesAreSaved)
 
     // Unusable again at save time (written meanwhile by something else): only the new entries are kept.
     writeBytes(path, QByteArray("not a cache at all"));
-    EXPECT_FALSE(cache.save(std::vector<Entry>{{3, 3, 3, 3, 3}}));
+    EXPECT_FALSE(cache.save(added({{3, 3, 3, 3, 3}})));
     const auto saved = decoded(readWholeFile(path));
     ASSERT_TRUE(saved);
     EXPECT_EQ(saved->second, std::vector<Entry>({{3, 3, 3, 3, 3}}));
