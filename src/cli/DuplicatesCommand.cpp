@@ -10,6 +10,8 @@
 #include <QEventLoop>
 #include <QFileInfo>
 
+#include <charconv>
+
 namespace {
 
 struct DuplicatesRequest {
@@ -116,36 +118,52 @@ void printSets(const DuplicateScan& scan, QTextStream& out)
         out << scan.notScanned() << '\n';
 }
 
-QByteArray memberJson(const DuplicateGroup& group, const DuplicateFile& member)
+void appendNumber(QByteArray& out, std::int64_t number)
 {
-    QList<QByteArray> otherNames;
-    for (const QString& name : member.otherNames)
-        otherNames.append(jsonString(name));
-    JsonObjectWriter writer;
-    writer.add(u"path", member.path)
-        .add(u"keeper", member.id == group.keeperID)
-        .add(u"selected", group.selected.contains(member.id))
-        .add(u"size", qint64(member.size))
-        .add(u"reclaimable", qint64(member.reclaimable));
-    if (const auto reason = DuplicateRules::blockReason(member))
-        writer.add(u"blockReason", *reason);
-    return writer.addRaw(u"otherNames", jsonArray(otherNames).trimmed()).finish();
+    char digits[24];
+    out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr - digits);
 }
 
-QByteArray setJson(const DuplicateGroup& group)
+// One set, appended straight to `out`: a scan can report tens of thousands of sets, and building each
+// member as an object of its own costs more than the scan's last stage.
+void appendSetJson(QByteArray& out, const DuplicateGroup& group)
 {
-    QList<QByteArray> members;
-    for (const DuplicateFile* member : keeperFirst(group))
-        members.append(memberJson(group, *member));
-    return JsonObjectWriter()
-        .add(u"size", qint64(group.size))
-        .add(u"contentHash", group.contentHash.hex())
-        .add(u"reclaimable", qint64(group.reclaimable()))
-        .addRaw(u"members", jsonArray(members).trimmed())
-        .finish();
+    out += "{\"size\":";
+    appendNumber(out, group.size);
+    out += ",\"contentHash\":";
+    appendJsonString(out, group.contentHash.hex());
+    out += ",\"reclaimable\":";
+    appendNumber(out, group.reclaimable());
+    out += ",\"members\":[";
+    bool firstMember = true;
+    for (const DuplicateFile* file : keeperFirst(group)) {
+        const DuplicateFile& member = *file;
+        out += firstMember ? "\n  {\"path\":" : ",\n  {\"path\":";
+        firstMember = false;
+        appendJsonString(out, member.path);
+        out += member.id == group.keeperID ? ",\"keeper\":true" : ",\"keeper\":false";
+        out += group.selected.contains(member.id) ? ",\"selected\":true" : ",\"selected\":false";
+        out += ",\"size\":";
+        appendNumber(out, member.size);
+        out += ",\"reclaimable\":";
+        appendNumber(out, member.reclaimable);
+        if (const auto reason = DuplicateRules::blockReason(member)) {
+            out += ",\"blockReason\":";
+            appendJsonString(out, *reason);
+        }
+        out += ",\"otherNames\":[";
+        for (qsizetype i = 0; i < member.otherNames.size(); ++i) {
+            if (i > 0)
+                out += ',';
+            appendJsonString(out, member.otherNames[i]);
+        }
+        out += "]}";
+    }
+    out += "\n]}";
 }
 
-// Written set by set, so a scan with many sets never holds its whole report in memory twice.
+// Written set by set, as the UTF-8 it is built in, so a scan with many sets never holds its whole report
+// in memory twice.
 void printJson(const DuplicateScan& scan, QTextStream& out)
 {
     QList<QByteArray> roots;
@@ -165,21 +183,29 @@ void printJson(const DuplicateScan& scan, QTextStream& out)
                                  .add(u"unreadable", qint64(engine.unreadable))
                                  .add(u"groupsConfirmed", qint64(engine.groupsConfirmed))
                                  .finish();
-    QByteArray head = JsonObjectWriter()
+    QByteArray text = JsonObjectWriter()
                           .addRaw(u"roots", jsonArray(roots).trimmed())
                           .add(u"minimumSize", qint64(scan.minimumSize()))
                           .add(u"reclaimableBytes", qint64(total))
                           .add(u"notScanned", scan.notScanned())
                           .addRaw(u"stats", stats)
                           .finish();
-    head.chop(1); // the closing brace comes after the sets
-    out << QString::fromUtf8(head) << ",\"sets\":[";
+    text.chop(1); // the closing brace comes after the sets
+    text += ",\"sets\":[";
+    out.flush();
+    QIODevice& device = *out.device();
     bool first = true;
     for (const DuplicateGroup& group : scan.groups()) {
-        out << (first ? "\n" : ",\n") << QString::fromUtf8(setJson(group));
+        text += first ? "\n" : ",\n";
         first = false;
+        appendSetJson(text, group);
+        if (text.size() >= 64 * 1024) {
+            device.write(text);
+            text.clear();
+        }
     }
-    out << "\n]}\n";
+    text += "\n]}\n";
+    device.write(text);
 }
 
 } // namespace

@@ -2,30 +2,40 @@
 
 #include <charconv>
 
-QByteArray jsonString(QStringView text)
+void appendJsonString(QByteArray& out, QStringView text)
 {
     const QByteArray utf8 = text.toUtf8();
-    QByteArray out;
-    out.reserve(utf8.size() + 2);
+    out.reserve(out.size() + utf8.size() + 2);
     out += '"';
-    for (const char c : utf8) {
+    // Runs that need no escape (nearly every path and name) are copied whole.
+    qsizetype plainFrom = 0;
+    for (qsizetype i = 0; i < utf8.size(); ++i) {
+        const char c = utf8[i];
+        if (c != '"' && c != '\\' && static_cast<unsigned char>(c) >= 0x20)
+            continue;
+        out.append(utf8.constData() + plainFrom, i - plainFrom);
+        plainFrom = i + 1;
         switch (c) {
         case '"': out += "\\\""; break;
         case '\\': out += "\\\\"; break;
         case '\n': out += "\\n"; break;
         case '\r': out += "\\r"; break;
         case '\t': out += "\\t"; break;
-        default:
-            if (static_cast<unsigned char>(c) < 0x20) {
-                char escaped[8];
-                std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned char>(c));
-                out += escaped;
-            } else {
-                out += c;
-            }
+        default: {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned char>(c));
+            out += escaped;
+        }
         }
     }
+    out.append(utf8.constData() + plainFrom, utf8.size() - plainFrom);
     out += '"';
+}
+
+QByteArray jsonString(QStringView text)
+{
+    QByteArray out;
+    appendJsonString(out, text);
     return out;
 }
 
@@ -40,14 +50,14 @@ void JsonObjectWriter::addKey(QStringView key)
 {
     if (m_text.size() > 1)
         m_text += ',';
-    m_text += jsonString(key);
+    appendJsonString(m_text, key);
     m_text += ':';
 }
 
 JsonObjectWriter& JsonObjectWriter::add(QStringView key, const QString& text)
 {
     addKey(key);
-    m_text += jsonString(text);
+    appendJsonString(m_text, text);
     return *this;
 }
 

@@ -28,6 +28,8 @@ QByteArray jsonArray(const QList<QByteArray>& elements);
 
 // A JSON string literal, quotes included.
 QByteArray jsonString(QStringView text);
+// The same, appended to `out`.
+void appendJsonString(QByteArray& out, QStringView text);
 
 // The shortest text that reads back as exactly this double.
 QByteArray jsonNumber(double number);

@@ -4,10 +4,27 @@
 #include "duplicates/FileInventory.h"
 
 #include <QFile>
+#include <QRandomGenerator>
 
+#include <array>
+#include <cstring>
 #include <limits>
 
 namespace {
+
+// A random (version 4) id. The ids only tell one run's sets and files apart, so they come from Qt's seeded
+// generator: newId() asks the system's entropy source for every id, which a scan with tens of
+// thousands of copies notices.
+QUuid newId()
+{
+    std::array<quint32, 4> words;
+    QRandomGenerator::global()->fillRange(words.data(), qsizetype(words.size()));
+    std::array<char, 16> bytes;
+    std::memcpy(bytes.data(), words.data(), bytes.size());
+    bytes[6] = char((bytes[6] & 0x0f) | 0x40); // version 4
+    bytes[8] = char((bytes[8] & 0x3f) | 0x80); // the RFC 4122 variant
+    return QUuid::fromRfc4122(QByteArrayView(bytes.data(), qsizetype(bytes.size())));
+}
 
 QString decodedPath(const std::string& path)
 {
@@ -18,7 +35,7 @@ DuplicateFile presentedFile(const Inventory& inventory, std::uint32_t index)
 {
     const FileRecord& record = inventory.records[index];
     DuplicateFile file;
-    file.id = QUuid::createUuid();
+    file.id = newId();
     file.path = decodedPath(inventory.path(record));
     file.size = std::int64_t(record.size);
     file.fileID = record.fileID;
@@ -46,7 +63,7 @@ QList<DuplicateGroup> presentDuplicateGroups(const Inventory& inventory, const s
     groups.reserve(qsizetype(verified.size()));
     for (const VerifiedGroup& proven : verified) {
         DuplicateGroup group;
-        group.id = QUuid::createUuid();
+        group.id = newId();
         group.size = std::int64_t(proven.size);
         group.contentHash = proven.hash;
         for (const std::uint32_t index : proven.members)
