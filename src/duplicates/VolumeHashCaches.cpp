@@ -7,33 +7,27 @@
 
 namespace {
 
-HashCache::Key keyOf(const FileRecord& record)
-{
-    return {record.fileID, record.mtimeNsec, record.size};
-}
+// A candidate's cache key beside its position.
+struct KeyedPosition {
+    HashCache::Key key;
+    std::uint32_t position = 0;
+};
 
-// The positions of the candidates on `cache`'s volume whose state is `state`, in key order. Positions
-// rather than keys, as a first scan can have a few hundred thousand of them; they are sorted by inode
-// number taken out beside them, which almost always decides, rather than by looking each key up.
-std::vector<std::uint32_t> positionsOn(const VolumeHashCaches& caches, const HashCache* cache,
-    const Inventory& inventory, const Candidates& candidates, Candidates::State state)
+// The candidates on `cache`'s volume whose state is `state`, in key order. The keys are taken out beside
+// the positions, once, in list order: matching and writing then read them in key order without looking
+// each one up in the records again, which a first scan of a few hundred thousand files notices.
+std::vector<KeyedPosition> keyedOn(const VolumeHashCaches& caches, const HashCache* cache, const Inventory& inventory,
+    const Candidates& candidates, Candidates::State state)
 {
-    std::vector<std::pair<std::uint64_t, std::uint32_t>> byInode;
-    byInode.reserve(candidates.size()); // nearly all of them on a one-volume scan; no regrowth
+    std::vector<KeyedPosition> keyed;
+    keyed.reserve(candidates.size()); // nearly all of them on a one-volume scan; no regrowth
     for (std::uint32_t position = 0; position < candidates.size(); ++position) {
         const FileRecord& record = inventory.records[candidates.records[position]];
         if (candidates.states[position] == state && caches.forDevice(record.device) == cache)
-            byInode.emplace_back(record.fileID, position);
+            keyed.push_back({{record.fileID, record.mtimeNsec, record.size}, position});
     }
-    const auto keyAt = [&](std::uint32_t position) { return keyOf(inventory.records[candidates.records[position]]); };
-    std::sort(byInode.begin(), byInode.end(), [&](const auto& a, const auto& b) {
-        return a.first != b.first ? a.first < b.first : keyAt(a.second) < keyAt(b.second);
-    });
-    std::vector<std::uint32_t> positions;
-    positions.reserve(byInode.size());
-    for (const auto& [inode, position] : byInode)
-        positions.push_back(position);
-    return positions;
+    std::sort(keyed.begin(), keyed.end(), [](const KeyedPosition& a, const KeyedPosition& b) { return a.key < b.key; });
+    return keyed;
 }
 
 } // namespace
@@ -70,12 +64,11 @@ HashCache* VolumeHashCaches::forDevice(std::uint32_t device) const
 
 std::int64_t VolumeHashCaches::takeCachedSamples(const Inventory& inventory, Candidates& candidates) const
 {
-    const auto keyAt = [&](std::uint32_t position) { return keyOf(inventory.records[candidates.records[position]]); };
     std::int64_t found = 0;
     for (const auto& cache : m_caches) {
         if (!cache->isStored())
             continue; // a first scan of the volume: nothing to look up
-        const auto wanted = positionsOn(*this, cache.get(), inventory, candidates, Candidates::State::unsampled);
+        const auto wanted = keyedOn(*this, cache.get(), inventory, candidates, Candidates::State::unsampled);
         if (wanted.empty())
             continue;
         // Both lists ascend, so one pass over each matches them.
@@ -83,17 +76,17 @@ std::int64_t VolumeHashCaches::takeCachedSamples(const Inventory& inventory, Can
         std::int64_t foundHere = 0;
         const bool usable = cache->read([&](const HashCache::Entry& entry) {
             const HashCache::Key key = entry.key();
-            while (next < wanted.size() && keyAt(wanted[next]) < key)
+            while (next < wanted.size() && wanted[next].key < key)
                 ++next;
-            for (std::size_t i = next; i < wanted.size() && keyAt(wanted[i]) == key; ++i) {
-                candidates.samples[wanted[i]] = entry.hash();
-                candidates.states[wanted[i]] = Candidates::State::cached;
+            for (std::size_t i = next; i < wanted.size() && wanted[i].key == key; ++i) {
+                candidates.samples[wanted[i].position] = entry.hash();
+                candidates.states[wanted[i].position] = Candidates::State::cached;
                 ++foundHere;
             }
         });
         if (!usable) {
-            for (const std::uint32_t position : wanted)
-                candidates.states[position] = Candidates::State::unsampled;
+            for (const KeyedPosition& candidate : wanted)
+                candidates.states[candidate.position] = Candidates::State::unsampled;
             foundHere = 0;
         }
         found += foundHere;
@@ -103,18 +96,17 @@ std::int64_t VolumeHashCaches::takeCachedSamples(const Inventory& inventory, Can
 
 void VolumeHashCaches::saveNewSamples(const Inventory& inventory, const Candidates& candidates) const
 {
-    const auto keyAt = [&](std::uint32_t position) { return keyOf(inventory.records[candidates.records[position]]); };
     for (const auto& cache : m_caches) {
-        auto sampled = positionsOn(*this, cache.get(), inventory, candidates, Candidates::State::sampled);
+        auto sampled = keyedOn(*this, cache.get(), inventory, candidates, Candidates::State::sampled);
         if (sampled.empty())
             continue; // nothing new: the file stays as it is
         // One file seen on two devices of the volume is stored once.
         sampled.erase(std::unique(sampled.begin(), sampled.end(),
-                          [&](std::uint32_t a, std::uint32_t b) { return keyAt(a) == keyAt(b); }),
+                          [](const KeyedPosition& a, const KeyedPosition& b) { return a.key == b.key; }),
             sampled.end());
         cache->save({sampled.size(), [&](std::size_t i) {
-                         const HashCache::Key key = keyAt(sampled[i]);
-                         const ContentHash& hash = candidates.samples[sampled[i]];
+                         const HashCache::Key& key = sampled[i].key;
+                         const ContentHash& hash = candidates.samples[sampled[i].position];
                          return HashCache::Entry{key.fileID, key.mtimeNsec, key.size, hash.low, hash.high};
                      }});
     }
