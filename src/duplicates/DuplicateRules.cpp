@@ -8,6 +8,7 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -128,17 +129,30 @@ QList<QUuid> defaultSelection(const DuplicateGroup& group, const UserFolders& fo
 
 void sortGroups(QList<DuplicateGroup>& groups)
 {
-    // The keeper's path makes the order total, so a plain sort (which needs no scratch copy of the sets)
-    // gives the same order on every run.
-    std::sort(groups.begin(), groups.end(), [](const DuplicateGroup& a, const DuplicateGroup& b) {
-        const std::int64_t gainA = a.reclaimable();
-        const std::int64_t gainB = b.reclaimable();
-        if (gainA != gainB)
-            return gainA > gainB;
-        if (a.members.size() != b.members.size())
-            return a.members.size() > b.members.size();
-        return a.keeper()->path < b.keeper()->path;
+    // Each set's figures are worked out once, not at every comparison. The keeper's path makes the order
+    // total, so it is the same on every run.
+    struct SortKey {
+        std::int64_t gain = 0;
+        qsizetype members = 0;
+        const QString* keeperPath = nullptr;
+        qsizetype index = 0;
+    };
+    std::vector<SortKey> keys;
+    keys.reserve(std::size_t(groups.size()));
+    for (qsizetype i = 0; i < groups.size(); ++i)
+        keys.push_back({groups[i].reclaimable(), groups[i].members.size(), &groups[i].keeper()->path, i});
+    std::sort(keys.begin(), keys.end(), [](const SortKey& a, const SortKey& b) {
+        if (a.gain != b.gain)
+            return a.gain > b.gain;
+        if (a.members != b.members)
+            return a.members > b.members;
+        return *a.keeperPath < *b.keeperPath;
     });
+    QList<DuplicateGroup> sorted;
+    sorted.reserve(groups.size());
+    for (const SortKey& key : keys)
+        sorted.append(std::move(groups[key.index]));
+    groups = std::move(sorted);
 }
 
 } // namespace DuplicateRules
