@@ -10,8 +10,6 @@
 #include <QEventLoop>
 #include <QFileInfo>
 
-#include <charconv>
-
 namespace {
 
 struct DuplicatesRequest {
@@ -118,22 +116,16 @@ void printSets(const DuplicateScan& scan, QTextStream& out)
         out << scan.notScanned() << '\n';
 }
 
-void appendNumber(QByteArray& out, std::int64_t number)
-{
-    char digits[24];
-    out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr - digits);
-}
-
 // One set, appended straight to `out`: a scan can report tens of thousands of sets, and building each
 // member as an object of its own costs more than the scan's last stage.
 void appendSetJson(QByteArray& out, const DuplicateGroup& group)
 {
     out += "{\"size\":";
-    appendNumber(out, group.size);
+    out += QByteArray::number(qint64(group.size));
     out += ",\"contentHash\":";
     appendJsonString(out, group.contentHash.hex());
     out += ",\"reclaimable\":";
-    appendNumber(out, group.reclaimable());
+    out += QByteArray::number(qint64(group.reclaimable()));
     out += ",\"members\":[";
     bool firstMember = true;
     for (const DuplicateFile* file : keeperFirst(group)) {
@@ -144,9 +136,9 @@ void appendSetJson(QByteArray& out, const DuplicateGroup& group)
         out += member.id == group.keeperID ? ",\"keeper\":true" : ",\"keeper\":false";
         out += group.selected.contains(member.id) ? ",\"selected\":true" : ",\"selected\":false";
         out += ",\"size\":";
-        appendNumber(out, member.size);
+        out += QByteArray::number(qint64(member.size));
         out += ",\"reclaimable\":";
-        appendNumber(out, member.reclaimable);
+        out += QByteArray::number(qint64(member.reclaimable));
         if (const auto reason = DuplicateRules::blockReason(member)) {
             out += ",\"blockReason\":";
             appendJsonString(out, *reason);
