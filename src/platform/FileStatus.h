@@ -22,6 +22,7 @@ struct FileStatus {
     bool isRegular() const;
     bool isDirectory() const;
     bool isSymlink() const;
+    bool isSticky() const; // a shared folder where only an entry's owner may remove it
 };
 
 // Which statx fields to ask for: fewer fields can mean less work for network and FUSE file systems.

@@ -19,6 +19,11 @@ bool FileStatus::isSymlink() const
     return S_ISLNK(mode);
 }
 
+bool FileStatus::isSticky() const
+{
+    return mode & S_ISVTX;
+}
+
 std::optional<FileStatus> statusAt(int dirFd, const char* name, StatDetail detail)
 {
     unsigned int mask = STATX_TYPE | STATX_MODE | STATX_INO | STATX_NLINK | STATX_SIZE | STATX_BLOCKS;

@@ -2,6 +2,7 @@
 
 #include <QFile>
 
+#include <mutex>
 #include <pwd.h>
 #include <vector>
 
@@ -13,4 +14,21 @@ std::optional<QString> homeFolderOf(unsigned uid)
     if (::getpwuid_r(uid, &entry, buffer.data(), buffer.size(), &found) != 0 || !found || !found->pw_dir)
         return std::nullopt;
     return QFile::decodeName(found->pw_dir);
+}
+
+QStringList allHomeFolders()
+{
+    // The database is walked with one cursor per process.
+    static std::mutex cursor;
+    const std::lock_guard lock(cursor);
+    QStringList homes;
+    passwd entry{};
+    passwd* found = nullptr;
+    std::vector<char> buffer(16 * 1024);
+    ::setpwent();
+    while (::getpwent_r(&entry, buffer.data(), buffer.size(), &found) == 0 && found)
+        if (found->pw_dir && found->pw_dir[0] == '/' && found->pw_dir[1] != '\0')
+            homes.append(QFile::decodeName(found->pw_dir));
+    ::endpwent();
+    return homes;
 }
