@@ -1,8 +1,11 @@
 #pragma once
 
+#include "platform/FolderHandle.h"
+
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 // The freedesktop.org Trash: each Trash folder holds the items under files/ and, for each, a put-back
@@ -28,16 +31,24 @@ struct TrashOwner {
     static TrashOwner currentUser();
 };
 
-// The Trash folder for an item on the device `itemDevice` whose parent folder is `canonicalParent`: the
-// home Trash when the item is on the home Trash's volume, otherwise the volume's own "$top/.Trash/$uid"
-// (only when ".Trash" is a real folder with the sticky bit) or "$top/.Trash-$uid". Missing folders are
-// created; a folder that is a symbolic link or belongs to someone else is never used. On failure, the
-// errno value that says why.
-struct TrashFolderLookup {
-    std::optional<TrashFolder> folder;
+// A Trash folder opened for moving items into it. Its files/ and info/ are held by descriptor and were
+// checked to be real folders of the owner, so nothing swapped into their paths later can redirect a move.
+struct OpenTrash {
+    TrashFolder folder;
+    unsigned owner = 0;
+    FolderHandle files;
+    FolderHandle info;
+};
+
+// The Trash for an item on the device `itemDevice` whose parent folder is `canonicalParent`: the owner's
+// home Trash when it is on that device, otherwise the volume's own "$top/.Trash/$uid" (only when ".Trash"
+// is a real folder with the sticky bit) or "$top/.Trash-$uid". Missing folders are created for the owner; a
+// folder that is a link or belongs to someone else is never used. On failure, the errno value that says why.
+struct TrashOpening {
+    std::optional<OpenTrash> trash;
     int error = 0;
 };
-TrashFolderLookup trashFolderFor(
+TrashOpening openTrashFor(
     const QString& canonicalParent, quint64 itemDevice, const TrashOwner& owner = TrashOwner::currentUser());
 
 // The Trash folders that exist now: the home Trash and the Trash of every mounted volume.
@@ -46,14 +57,23 @@ QList<TrashFolder> existingTrashFolders();
 // Whether `canonicalPath` lies inside a Trash folder (nothing is trashed from inside a Trash).
 bool isInsideTrash(const QString& canonicalPath);
 
-// Moves one item into `folder`: the put-back record is created first (exclusively, so two movers never
-// share a name), then the item is renamed in. A name already taken becomes "name 1.ext", "name 2.ext" …;
-// a name too long for its record is shortened. A rename across volumes is refused, never copied.
+// Moves the entry `name` of the folder `parent` into the Trash; `originalPath` is its full path, for the
+// put-back record. The record is written whole under its final name first (so two movers never share a
+// name, and no reader ever sees half a record), then the item is renamed in. A name already taken becomes
+// "name 1.ext", "name 2.ext" …; a name too long for its record is shortened. A rename across volumes is
+// refused, never copied. `onNamed` learns the item's new path before anything is written for it (and again
+// should another mover take that name first), so that the move can be journaled before it happens.
 struct TrashMove {
     QString trashedPath; // where the item lies now, on success
     int error = 0;       // errno value on failure
 };
-TrashMove moveIntoTrash(const QString& absolutePath, const TrashFolder& folder);
+using OnNamed = std::function<void(const QString& trashedPath)>;
+TrashMove moveIntoTrash(const FolderHandle& parent, const QByteArray& name, const QString& originalPath,
+    const OpenTrash& trash, const OnNamed& onNamed = {});
+
+// Removes the put-back record of a move that never finished: `trashedPath` holds nothing and the record
+// names `originalPath`. False when there was nothing of the kind to remove.
+bool removeUnfinishedRecord(const QString& trashedPath, const QString& originalPath);
 
 // Moves a trashed item back to `destination` without ever replacing something there, then removes its
 // put-back record. Returns 0 or the errno value.

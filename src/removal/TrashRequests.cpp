@@ -1,11 +1,41 @@
 #include "removal/TrashRequests.h"
 
+#include "common/LocalPath.h"
+#include "platform/FileStatus.h"
 #include "removal/AuditLog.h"
 #include "removal/ItemSize.h"
+#include "removal/TrashTexts.h"
+#include "removal/Trasher.h"
 
 #include <QDir>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <fcntl.h>
 
 namespace TrashRequests {
+
+std::optional<QString> refusal(const QString& argument)
+{
+    if (argument.isEmpty())
+        return TrashTexts::emptyName();
+    const QString name = QFileInfo(argument).fileName();
+    if (name == QLatin1String(".") || name == QLatin1String(".."))
+        return TrashTexts::dotName();
+    const QString absolute = QDir::cleanPath(QDir::current().absoluteFilePath(expandTilde(argument)));
+    const QString current = QDir::current().absolutePath();
+    if (absolute == current || absolute == QDir::current().canonicalPath())
+        return TrashTexts::currentFolder();
+    // Refused before anything is measured: measuring "/" alone would walk the whole disk.
+    if (const auto refused = Trasher::refusal(absolute))
+        return refused;
+    const auto local = LocalPath::encode(absolute);
+    if (!local)
+        return TrashTexts::unnamable();
+    if (!statusAt(AT_FDCWD, local->constData(), StatDetail::identity) && (errno == ENOENT || errno == ENOTDIR))
+        return TrashTexts::doesNotExist();
+    return std::nullopt;
+}
 
 QList<TrashItem> measured(const QStringList& paths)
 {

@@ -12,6 +12,10 @@ class AuditLog;
 // Small conveniences the front ends share when they trash paths or look up entries by hand.
 namespace TrashRequests {
 
+// Why an argument typed by hand is not moved: an empty name, ".", "..", the folder the command runs in,
+// what the Trash mover refuses outright, or something that does not exist. Nothing when it may be tried.
+std::optional<QString> refusal(const QString& argument);
+
 // Each path with its size measured now.
 QList<TrashItem> measured(const QStringList& paths);
 

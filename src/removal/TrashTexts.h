@@ -39,6 +39,48 @@ inline QString stoppedBeforeTried()
     return QStringLiteral("Not moved — the removal was stopped before Velloru got to it.");
 }
 
+inline QString unnamable()
+{
+    return QStringLiteral("Its name can’t be passed on exactly, so Velloru can’t be sure which item it is — "
+                          "rename it in your file manager, then try again.");
+}
+
+// Items Velloru refuses to move at all, whoever asks: moving them would take far more than the user meant.
+inline QString wholeFileSystem()
+{
+    return QStringLiteral("Velloru won’t move the whole file system to the Trash.");
+}
+inline QString homeFolder()
+{
+    return QStringLiteral("Velloru won’t move your home folder to the Trash — pick the items inside it instead.");
+}
+inline QString holdsHomeFolder()
+{
+    return QStringLiteral("This folder holds your home folder — Velloru won’t move it to the Trash.");
+}
+inline QString holdsTrash()
+{
+    return QStringLiteral("This folder holds the Trash itself, so it can’t go into the Trash — pick the items "
+                          "inside it instead.");
+}
+// Names typed on the command line that would move more than they say.
+inline QString emptyName()
+{
+    return QStringLiteral("An empty name doesn’t name anything — nothing was moved.");
+}
+inline QString dotName()
+{
+    return QStringLiteral("Velloru won’t move “.” or “..” to the Trash — name the folder itself if you mean it.");
+}
+inline QString currentFolder()
+{
+    return QStringLiteral("That’s the folder you’re working in — Velloru won’t move it to the Trash from inside it.");
+}
+inline QString doesNotExist()
+{
+    return QStringLiteral("It doesn’t exist — check the name.");
+}
+
 // The empty-Trash card's warnings.
 inline QString emptyWarningWithVolumes()
 {

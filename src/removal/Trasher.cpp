@@ -1,17 +1,18 @@
 #include "removal/Trasher.h"
 
 #include "common/ByteCount.h"
+#include "common/LocalPath.h"
 #include "platform/FileAccess.h"
 #include "platform/FileStatus.h"
+#include "platform/FolderHandle.h"
 #include "platform/Sandbox.h"
 #include "platform/TrashStore.h"
-#include "removal/AuditLog.h"
 #include "removal/ItemSize.h"
 #include "removal/PrivilegedTrash.h"
+#include "removal/TrashRecorder.h"
 #include "removal/TrashTexts.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
@@ -26,6 +27,11 @@ struct Attempt {
     QString helperReason;
 };
 
+Attempt failedWith(int error)
+{
+    return {{}, error, false, {}};
+}
+
 // The item's path with its parent folder resolved, the item itself left as it is (a link is trashed as
 // the link).
 QString resolvedPath(const QString& path)
@@ -37,27 +43,55 @@ QString resolvedPath(const QString& path)
     return parent == QLatin1String("/") ? parent + item.fileName() : parent + QLatin1Char('/') + item.fileName();
 }
 
-Attempt moveOne(const QString& path, PrivilegedTrash* helper)
+bool holds(const QString& folder, const QString& path)
 {
-    const auto status = statusAt(AT_FDCWD, QFile::encodeName(path).constData(), StatDetail::full);
-    if (!status)
-        return {{}, errno, false, {}};
-    if (isInsideTrash(path))
-        return {{}, EINVAL, false, {}};
+    return folder == QLatin1String("/") || path.startsWith(folder + QLatin1Char('/'));
+}
 
-    const QString parent = QFileInfo(path).absolutePath();
-    const TrashFolderLookup lookup = trashFolderFor(parent, status->device);
-    Attempt attempt;
-    if (lookup.folder) {
-        const TrashMove move = moveIntoTrash(path, *lookup.folder);
-        if (move.error == 0)
-            return {move.trashedPath, 0, false, {}};
-        attempt.error = move.error;
-    } else {
-        attempt.error = lookup.error;
-    }
+// Moves the item by hand into the Trash of its volume, journaling the move before it happens.
+// `item` carries the resolved path, which is also what the journal records.
+Attempt moveByHand(const TrashItem& item, TrashRecorder* recorder)
+{
+    const QString& path = item.path;
+    const QFileInfo info(path);
+    const auto parentPath = LocalPath::encode(info.absolutePath());
+    const auto name = LocalPath::encode(info.fileName());
+    if (!parentPath || !name)
+        return failedWith(EILSEQ);
+    const auto parent = FolderHandle::open(*parentPath);
+    if (!parent)
+        return failedWith(errno);
+    const auto status = parent->childStatus(*name);
+    if (!status)
+        return failedWith(errno);
+    if (isInsideTrash(path))
+        return failedWith(EINVAL);
+
+    const TrashOpening opening = openTrashFor(info.absolutePath(), status->device);
+    if (!opening.trash)
+        return failedWith(opening.error);
+    bool announced = false;
+    const TrashMove move = moveIntoTrash(*parent, *name, path, *opening.trash, [&](const QString& trashedPath) {
+        if (recorder)
+            recorder->willMove(item, trashedPath);
+        announced = true;
+    });
+    if (move.error == 0)
+        return {move.trashedPath, 0, false, {}};
+    if (announced && recorder)
+        recorder->didNotMove(item);
+    return failedWith(move.error);
+}
+
+Attempt moveOne(const TrashItem& item, PrivilegedTrash* helper, TrashRecorder* recorder)
+{
+    const QString& path = item.path;
+    Attempt attempt = moveByHand(item, recorder);
+    if (!attempt.trashedPath.isEmpty() || attempt.error == ENOENT || attempt.error == EILSEQ || attempt.error == EINVAL)
+        return attempt;
 
     // Root-owned places are the helper's to move, when it is set up.
+    const QString parent = QFileInfo(path).absolutePath();
     if (helper && helper->isReady() && !canWriteInFolder(parent)) {
         const PrivilegedTrash::Outcome outcome = helper->moveToTrash(path, Trasher::helperTimeout);
         if (outcome.moved)
@@ -75,32 +109,70 @@ Trasher::Trasher(PrivilegedTrash* helper)
 {
 }
 
-TrashResult Trasher::moveToTrash(const QList<TrashItem>& items, std::stop_token stop) const
+TrashResult Trasher::moveToTrash(const QList<TrashItem>& items, TrashRecorder* recorder, std::stop_token stop) const
 {
     TrashResult result;
+    const auto fail = [&](const TrashItem& item, const TrashItem& resolved, const QString& reason) {
+        result.failed.append({item.path, reason});
+        if (recorder)
+            recorder->failed(resolved, reason);
+    };
+    // Refused outright: nothing was tried, so there is no failed removal to record either.
+    const auto refuse = [&](const TrashItem& item, const QString& reason) {
+        result.failed.append({item.path, reason});
+    };
     for (const TrashItem& item : items) {
         if (stop.stop_requested()) {
             result.failed.append({item.path, TrashTexts::stoppedBeforeTried()});
             continue;
         }
-        const QString path = resolvedPath(item.path);
-        const Attempt attempt = moveOne(path, m_helper);
-        if (!attempt.trashedPath.isEmpty()) {
-            result.succeeded.append(item);
-            result.trashedURLs.insert(item.path, attempt.trashedPath);
-            result.freed = checkedAdd(result.freed, item.size);
-        } else {
-            result.failed.append(
-                {item.path, describeFailure(path, attempt.helperRefused, attempt.helperReason, attempt.error)});
+        const TrashItem resolved{resolvedPath(item.path), item.size};
+        if (const auto refused = refusal(resolved.path)) {
+            refuse(item, *refused);
+            continue;
         }
+        const Attempt attempt = moveOne(resolved, m_helper, recorder);
+        if (attempt.trashedPath.isEmpty()) {
+            fail(item, resolved,
+                describeFailure(resolved.path, attempt.helperRefused, attempt.helperReason, attempt.error));
+            continue;
+        }
+        result.succeeded.append(item);
+        result.trashedURLs.insert(item.path, attempt.trashedPath);
+        result.freed = checkedAdd(result.freed, item.size);
+        if (recorder)
+            recorder->moved(resolved, attempt.trashedPath);
     }
     return result;
 }
 
+std::optional<QString> Trasher::refusal(const QString& absolutePath)
+{
+    if (absolutePath == QLatin1String("/"))
+        return TrashTexts::wholeFileSystem();
+    // Compared as written and as resolved: a home folder reached through a link is still the home folder.
+    const auto bothForms = [](const QString& path) {
+        const QString canonical = QFileInfo(path).canonicalFilePath();
+        return QStringList{path, canonical.isEmpty() ? path : canonical};
+    };
+    for (const QString& home : bothForms(QDir::homePath())) {
+        if (absolutePath == home)
+            return TrashTexts::homeFolder();
+        if (holds(absolutePath, home))
+            return TrashTexts::holdsHomeFolder();
+    }
+    for (const QString& trash : bothForms(homeTrashPath()))
+        if (absolutePath == trash || holds(absolutePath, trash))
+            return TrashTexts::holdsTrash();
+    return std::nullopt;
+}
+
 QString Trasher::describeFailure(const QString& path, bool helperRefused, const QString& helperReason, int error)
 {
-    const QByteArray local = QFile::encodeName(path);
-    const auto status = statusAt(AT_FDCWD, local.constData(), StatDetail::full);
+    const auto local = LocalPath::encode(path);
+    if (!local || error == EILSEQ)
+        return TrashTexts::unnamable();
+    const auto status = statusAt(AT_FDCWD, local->constData(), StatDetail::full);
     if (!status)
         return TrashTexts::vanished();
     if (status->immutable || status->appendOnly)
@@ -116,17 +188,4 @@ QString Trasher::describeFailure(const QString& path, bool helperRefused, const 
     if (runningSandboxed() && (path == home || path.startsWith(home + QLatin1Char('/'))))
         return TrashTexts::needsFullDiskAccess();
     return systemErrorSentence(error);
-}
-
-void recordTrashResult(AuditLog& log, const QString& feature, const TrashResult& result)
-{
-    QList<AuditLog::MovedItem> moved;
-    for (const TrashItem& item : result.succeeded)
-        moved.append({item.path, item.size, result.trashedURLs.value(item.path)});
-    log.recordMoves(feature, moved);
-
-    QList<AuditLog::FailedItem> failed;
-    for (const TrashFailure& failure : result.failed)
-        failed.append({failure.path, failure.reason});
-    log.recordFailures(feature, failed);
 }

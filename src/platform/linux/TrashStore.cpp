@@ -1,5 +1,6 @@
 #include "platform/TrashStore.h"
 
+#include "common/LocalPath.h"
 #include "common/StoragePaths.h"
 #include "platform/FileStatus.h"
 #include "platform/MountTable.h"
@@ -44,32 +45,6 @@ QByteArray encodeTrashInfoPath(const QByteArray& path)
             out += '%' + QByteArray::number(byte, 16).toUpper().rightJustified(2, '0');
     }
     return out;
-}
-
-// 0 when `path` is a real folder (not a link) owned by `uid`, creating it when it is missing (and, when
-// root creates it for someone else, handing it to them).
-int ensureOwnedFolder(const QString& path, unsigned uid)
-{
-    if (::mkdir(local(path).constData(), 0700) == 0) {
-        if (uid != ::getuid() && ::lchown(local(path).constData(), uid, gid_t(-1)) != 0)
-            return errno;
-    } else if (errno != EEXIST) {
-        return errno;
-    }
-    const auto status = statusAt(AT_FDCWD, local(path).constData(), StatDetail::full);
-    if (!status)
-        return errno;
-    if (!status->isDirectory() || status->uid != uid)
-        return EPERM;
-    return 0;
-}
-
-int ensureTrashFolder(const QString& path, unsigned uid)
-{
-    for (const QString& folder : {path, path + QStringLiteral("/files"), path + QStringLiteral("/info")})
-        if (const int error = ensureOwnedFolder(folder, uid))
-            return error;
-    return 0;
 }
 
 // The volume's shared ".Trash" is only trusted when it is a real folder with the sticky bit.
@@ -124,33 +99,6 @@ QByteArray trashInfoText(const QString& absolutePath, const TrashFolder& folder)
         + QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")).toUtf8() + "\n";
 }
 
-int writeWhole(int fd, const QByteArray& data)
-{
-    qsizetype written = 0;
-    while (written < data.size()) {
-        const ssize_t n = ::write(fd, data.constData() + written, size_t(data.size() - written));
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n < 0)
-            return errno;
-        written += n;
-    }
-    return 0;
-}
-
-// Renames without replacing an existing entry; file systems without RENAME_NOREPLACE get a checked rename.
-int renameNoReplace(const QByteArray& from, const QByteArray& to)
-{
-    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
-        return 0;
-    if (errno != EINVAL && errno != ENOSYS)
-        return errno;
-    struct stat existing;
-    if (::lstat(to.constData(), &existing) == 0)
-        return EEXIST;
-    return ::rename(from.constData(), to.constData()) == 0 ? 0 : errno;
-}
-
 const QSet<QString>& pseudoFileSystems()
 {
     static const QSet<QString> types{
@@ -190,33 +138,75 @@ TrashOwner TrashOwner::currentUser()
     return {::getuid(), homeTrashPath()};
 }
 
-TrashFolderLookup trashFolderFor(const QString& canonicalParent, quint64 itemDevice, const TrashOwner& owner)
+namespace {
+
+// files/ and info/ of an opened Trash folder, made for the owner when missing.
+TrashOpening openParts(const FolderHandle& trash, TrashFolder folder, unsigned owner)
 {
-    const QString home = owner.homeTrash;
-    if (owner.uid == ::getuid())
-        QDir().mkpath(home);
-    const auto homeStatus = statusAt(AT_FDCWD, local(home).constData(), StatDetail::identity);
-    if (homeStatus && homeStatus->device == itemDevice) {
-        if (const int error = ensureTrashFolder(home, owner.uid))
-            return {std::nullopt, error};
-        return {TrashFolder{home, {}}, 0};
-    }
+    auto files = trash.openOwnedChild("files", owner);
+    if (!files)
+        return {std::nullopt, errno};
+    auto info = trash.openOwnedChild("info", owner);
+    if (!info)
+        return {std::nullopt, errno};
+    return {OpenTrash{std::move(folder), owner, std::move(*files), std::move(*info)}, 0};
+}
+
+// The owner's home Trash, when it is on `device`; nothing (and no error) when it is elsewhere.
+std::optional<TrashOpening> openHomeTrash(const TrashOwner& owner, quint64 device)
+{
+    if (owner.uid == ::geteuid())
+        QDir().mkpath(owner.homeTrash);
+    const auto path = LocalPath::encode(owner.homeTrash);
+    const auto home = path ? FolderHandle::open(*path) : std::nullopt;
+    const auto status = home ? home->status() : std::nullopt;
+    if (!status || status->device != device)
+        return std::nullopt;
+    if (status->uid != owner.uid)
+        return TrashOpening{std::nullopt, EPERM};
+    return openParts(*home, {owner.homeTrash, {}}, owner.uid);
+}
+
+} // namespace
+
+TrashOpening openTrashFor(const QString& canonicalParent, quint64 itemDevice, const TrashOwner& owner)
+{
+    if (auto home = openHomeTrash(owner, itemDevice))
+        return std::move(*home);
 
     const auto mount = mountHolding(readMountTable(), canonicalParent);
-    if (!mount)
+    const auto topPath = mount ? LocalPath::encode(mount->path) : std::nullopt;
+    if (!topPath)
         return {std::nullopt, ENOENT};
-    const QString top = mount->path;
-    const QString uid = QString::number(owner.uid);
-    const QString shared = withTrailingSlash(top) + QStringLiteral(".Trash");
-    if (isUsableSharedTrash(shared)) {
-        const QString own = shared + QLatin1Char('/') + uid;
-        if (ensureTrashFolder(own, owner.uid) == 0)
-            return {TrashFolder{own, top}, 0};
+    const auto top = FolderHandle::open(*topPath);
+    if (!top)
+        return {std::nullopt, errno};
+    const auto topStatus = top->status();
+    if (!topStatus || topStatus->device != itemDevice)
+        return {std::nullopt, EXDEV};
+
+    const QByteArray uid = QByteArray::number(owner.uid);
+    const QString topText = mount->path;
+    // The volume's shared ".Trash" is only trusted when it is a real folder with the sticky bit.
+    const auto sharedStatus = top->childStatus(".Trash");
+    if (sharedStatus && sharedStatus->isDirectory() && sharedStatus->isSticky()) {
+        const auto shared = top->openChild(".Trash");
+        const auto opened = shared ? shared->status() : std::nullopt;
+        if (opened && opened->isSticky()) {
+            if (const auto own = shared->openOwnedChild(uid, owner.uid)) {
+                TrashOpening opening = openParts(*own,
+                    {withTrailingSlash(topText) + QStringLiteral(".Trash/") + QString::fromLatin1(uid), topText},
+                    owner.uid);
+                if (opening.trash)
+                    return opening;
+            }
+        }
     }
-    const QString own = withTrailingSlash(top) + QStringLiteral(".Trash-") + uid;
-    if (const int error = ensureTrashFolder(own, owner.uid))
-        return {std::nullopt, error};
-    return {TrashFolder{own, top}, 0};
+    const auto own = top->openOwnedChild(".Trash-" + uid, owner.uid);
+    if (!own)
+        return {std::nullopt, errno};
+    return openParts(
+        *own, {withTrailingSlash(topText) + QStringLiteral(".Trash-") + QString::fromLatin1(uid), topText}, owner.uid);
 }
 
 QList<TrashFolder> existingTrashFolders()
@@ -250,46 +240,68 @@ bool isInsideTrash(const QString& canonicalPath)
         || volumeTrash.match(canonicalPath).hasMatch();
 }
 
-TrashMove moveIntoTrash(const QString& absolutePath, const TrashFolder& folder)
+TrashMove moveIntoTrash(const FolderHandle& parent, const QByteArray& name, const QString& originalPath,
+    const OpenTrash& trash, const OnNamed& onNamed)
 {
-    const QString name = QFileInfo(absolutePath).fileName();
-    const QByteArray info = trashInfoText(absolutePath, folder);
+    const QString nameText = QFileInfo(originalPath).fileName();
+    const QByteArray record = trashInfoText(originalPath, trash.folder);
     for (int attempt = 0; attempt < maximumNameAttempts; ++attempt) {
-        const QString candidate = candidateName(name, attempt);
-        const QByteArray target = local(folder.filesPath() + QLatin1Char('/') + candidate);
-        struct stat existing;
-        if (::lstat(target.constData(), &existing) == 0)
+        const QString candidate = candidateName(nameText, attempt);
+        const auto target = LocalPath::encode(candidate);
+        if (!target)
+            return {{}, EILSEQ};
+        if (trash.files.childStatus(*target))
             continue;
 
-        // The record comes first: if Velloru stops between the two steps, the item is still in place and
-        // the record has no item, which every Trash reader ignores.
-        const QByteArray record
-            = local(folder.infoPath() + QLatin1Char('/') + candidate + QStringLiteral(".trashinfo"));
-        const int fd = ::open(record.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-        if (fd < 0 && errno == EEXIST)
+        const QString trashedPath = trash.folder.filesPath() + QLatin1Char('/') + candidate;
+        if (onNamed)
+            onNamed(trashedPath);
+        // The record comes first: if Velloru stops between the two steps, the item is still in place.
+        const int recordError = trash.info.createFile(*target + ".trashinfo", record, trash.owner);
+        if (recordError == EEXIST)
             continue;
-        if (fd < 0)
-            return {{}, errno};
-        const int writeError = writeWhole(fd, info);
-        ::close(fd);
-        if (writeError) {
-            ::unlink(record.constData());
-            return {{}, writeError};
-        }
-
-        const int renameError = renameNoReplace(local(absolutePath), target);
+        if (recordError)
+            return {{}, recordError};
+        const int renameError = renameWithoutReplacing(parent, name, trash.files, *target);
         if (renameError == 0)
-            return {QFile::decodeName(target), 0};
-        ::unlink(record.constData());
+            return {trashedPath, 0};
+        trash.info.removeFile(*target + ".trashinfo");
         if (renameError != EEXIST)
             return {{}, renameError};
     }
     return {{}, EEXIST};
 }
 
+bool removeUnfinishedRecord(const QString& trashedPath, const QString& originalPath)
+{
+    const QString recordPath = trashInfoPathFor(trashedPath);
+    QFile record(recordPath);
+    if (statusAt(AT_FDCWD, local(trashedPath).constData(), StatDetail::identity) || !record.open(QIODevice::ReadOnly))
+        return false;
+    QByteArray recorded;
+    for (const QByteArray& line : record.readAll().split('\n'))
+        if (line.startsWith("Path="))
+            recorded = QByteArray::fromPercentEncoding(line.mid(5));
+    const QByteArray original = local(originalPath);
+    const bool same = recorded.startsWith('/') ? recorded == original : original.endsWith('/' + recorded);
+    return same && record.remove();
+}
+
 int restoreFromTrash(const QString& trashedPath, const QString& destination)
 {
-    if (const int error = renameNoReplace(local(trashedPath), local(destination)))
+    const QFileInfo from(trashedPath);
+    const QFileInfo to(destination);
+    const auto fromFolder = LocalPath::encode(from.absolutePath());
+    const auto fromName = LocalPath::encode(from.fileName());
+    const auto toFolder = LocalPath::encode(to.absolutePath());
+    const auto toName = LocalPath::encode(to.fileName());
+    if (!fromFolder || !fromName || !toFolder || !toName)
+        return EILSEQ;
+    const auto source = FolderHandle::open(*fromFolder);
+    const auto target = source ? FolderHandle::open(*toFolder) : std::nullopt;
+    if (!target)
+        return errno;
+    if (const int error = renameWithoutReplacing(*source, *fromName, *target, *toName))
         return error;
     ::unlink(local(trashInfoPathFor(trashedPath)).constData());
     return 0;
