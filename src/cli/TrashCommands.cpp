@@ -10,6 +10,7 @@
 #include "platform/TrashStore.h"
 #include "removal/AuditLog.h"
 #include "removal/TrashLocations.h"
+#include "removal/TrashRecorder.h"
 #include "removal/TrashRecovery.h"
 #include "removal/TrashRequests.h"
 #include "removal/TrashResultJson.h"
@@ -28,6 +29,16 @@ int runTrashCommand(CommandContext& context)
         context.err << "velloru trash: name at least one file or folder to move to the Trash.\n";
         return 2;
     }
+    // What was typed wrong is said at once and never tried, nor recorded as a removal that failed.
+    QList<TrashFailure> refused;
+    QStringList paths;
+    for (const QString& argument : std::as_const(context.arguments)) {
+        if (const auto refusal = TrashRequests::refusal(argument))
+            refused.append({argument, *refusal});
+        else
+            paths.append(argument);
+    }
+
     AuditLog log(StoragePaths::dataFolder());
     // Items in folders root owns go through the helper, when it is set up.
     SystemdHelperService service;
@@ -36,8 +47,10 @@ int runTrashCommand(CommandContext& context)
     HelperTrash helperTrash(
         HelperProtocol::socketPath(), [&helper] { return helper.state() == HelperManager::State::ready; },
         homeTrashPath());
-    const TrashResult result = Trasher(&helperTrash).moveToTrash(TrashRequests::measured(context.arguments));
-    recordTrashResult(log, trashFeature, result);
+    TrashRecorder recorder(log.journal(), trashFeature);
+    TrashResult result = Trasher(&helperTrash).moveToTrash(TrashRequests::measured(paths), &recorder);
+    log.record(recorder);
+    result.failed = refused + result.failed;
 
     if (json) {
         context.out << QString::fromUtf8(trashResultJson(result)) << '\n';
@@ -46,11 +59,24 @@ int runTrashCommand(CommandContext& context)
             context.out
                 << QStringLiteral("Moved to Trash  %1 → %2\n").arg(item.path, result.trashedURLs.value(item.path));
         for (const TrashFailure& failure : result.failed)
-            context.out << QStringLiteral("Not moved       %1 — %2\n").arg(failure.path, failure.reason);
+            context.out << QStringLiteral("Not moved       “%1” — %2\n").arg(failure.path, failure.reason);
         context.out << QStringLiteral("%1 moved (%2), %3 not moved.\n")
                            .arg(result.succeeded.size())
                            .arg(formatBytes(result.freed))
                            .arg(result.failed.size());
+    }
+    if (const auto& problem = log.lastSaveProblem()) {
+        if (result.succeeded.isEmpty())
+            context.err << QStringLiteral("velloru trash: Velloru couldn’t record this in its Activity log — %1\n")
+                               .arg(*problem);
+        else
+            context.err << QStringLiteral("velloru trash: %1 moved to the Trash, but Velloru couldn’t record it in "
+                                          "its Activity log — %2 Your file manager can still put it back.\n")
+                               .arg(result.succeeded.size() == 1
+                                       ? QStringLiteral("1 item was")
+                                       : QStringLiteral("%1 items were").arg(result.succeeded.size()),
+                                   *problem);
+        return 1;
     }
     return result.failed.isEmpty() ? 0 : 1;
 }

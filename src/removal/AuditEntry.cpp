@@ -2,6 +2,9 @@
 
 #include "common/JsonText.h"
 #include "common/ReferenceDate.h"
+#include "removal/ItemSize.h"
+
+#include <cmath>
 
 namespace {
 
@@ -24,6 +27,19 @@ std::optional<AuditSubject> parseSubject(const QString& text)
 QString uuidText(const QUuid& id)
 {
     return id.toString(QUuid::WithoutBraces).toUpper();
+}
+
+AuditEntry AuditEntry::make(const QString& feature, const QString& path, qint64 size, const QString& outcome)
+{
+    AuditEntry entry;
+    entry.id = QUuid::createUuid();
+    entry.date = QDateTime::currentDateTimeUtc();
+    entry.path = expandTilde(path);
+    entry.size = size;
+    entry.feature = feature;
+    entry.outcome = outcome;
+    entry.subjectKind = AuditSubject::file;
+    return entry;
 }
 
 QByteArray AuditEntry::toJson() const
@@ -53,6 +69,17 @@ std::optional<AuditEntry> AuditEntry::fromJson(const QJsonObject& object)
     const QJsonValue subject = object.value(u"subjectKind");
     if (!id.isString() || !date.isDouble() || !path.isString() || !size.isDouble() || !feature.isString()
         || !outcome.isString() || !subject.isString() || !(trashPath.isUndefined() || trashPath.isString()))
+        return std::nullopt;
+
+    // Values no real entry can have are as unreadable as a wrong type: a size that is not a whole,
+    // non-negative byte count, a date outside the years a computer has been or will be recording.
+    constexpr double largestExactSize = 9007199254740992.0; // 2^53
+    constexpr double earliestDate = -978307200.0;           // 1970
+    constexpr double latestDate = 31556995200.0;            // 3001
+    const double bytes = size.toDouble();
+    const double seconds = date.toDouble();
+    if (bytes < 0 || bytes > largestExactSize || std::floor(bytes) != bytes || !(seconds >= earliestDate)
+        || !(seconds <= latestDate))
         return std::nullopt;
 
     AuditEntry entry;

@@ -28,6 +28,9 @@ struct AuditEntry {
     std::optional<QString> trashPath; // where a moved item lies now inside a Trash folder
     AuditSubject subjectKind = AuditSubject::file;
 
+    // A new entry about one file, stamped now, with a fresh id; a leading "~" in `path` is expanded.
+    static AuditEntry make(const QString& feature, const QString& path, qint64 size, const QString& outcome);
+
     // The JSON object, keys in the file's fixed order.
     QByteArray toJson() const;
     // Nothing when a key is missing or has the wrong type.

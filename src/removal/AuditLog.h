@@ -1,12 +1,21 @@
 #pragma once
 
+#include "removal/ActivityJournal.h"
 #include "removal/AuditEntry.h"
 
 #include <QList>
 #include <QObject>
+#include <QSet>
+
+#include <optional>
+
+class TrashRecorder;
 
 // The record of everything Velloru did to the user's files, and the running totals of space cleaned.
-// Lives on the main thread; every change is saved at once to two files in the data folder.
+// Lives on the main thread. Several Velloru processes (the window, commands, the background agent) may
+// record at once: each change is folded into the two files in the data folder under the folder's lock,
+// together with whatever the others appended to the journal meanwhile, so no writer loses another's
+// entries.
 class AuditLog : public QObject {
     Q_OBJECT
 
@@ -21,7 +30,8 @@ public:
         QString reason;
     };
 
-    // Loads "audit-log.json" and "audit-totals.json" from `folder`, creating the folder when missing.
+    // Loads "audit-log.json" and "audit-totals.json" from `folder`, creating the folder when missing, and
+    // folds in what an earlier run left in the journal.
     explicit AuditLog(QString folder, QObject* parent = nullptr);
 
     const QList<AuditEntry>& entries() const { return m_entries; }
@@ -29,12 +39,16 @@ public:
     qint64 lifetimeCleaned() const { return m_lifetimeCleaned; }
     // The ids of the entries this run has recorded.
     const QList<QUuid>& recordedThisSession() const { return m_recordedThisSession; }
-    // The sentence of the last save that failed, until a save succeeds again.
+    // The sentence of the last save that failed, until a save succeeds again. What could not be saved is
+    // kept and written by the next save that succeeds.
     const std::optional<QString>& lastSaveProblem() const { return m_lastSaveProblem; }
 
     QString logPath() const;
     QString totalsPath() const;
+    const ActivityJournal& journal() const { return m_journal; }
 
+    // Records a batch that a Trash mover wrote to the journal as it went.
+    void record(const TrashRecorder& batch);
     void recordMoves(const QString& feature, const QList<MovedItem>& items);
     // Each failed item's size is measured now; the reason goes to the diagnostic log.
     void recordFailures(const QString& feature, const QList<FailedItem>& items);
@@ -44,6 +58,8 @@ public:
     void recordAction(const QString& feature, const QString& subject, const QString& outcome);
     // Empties the log. The lifetime total stays: it counts space that was cleaned, whatever the log shows.
     void clear();
+    // Reads what other Velloru processes recorded since the last change.
+    void refresh();
 
     static QString confirmClearText() { return QStringLiteral("Clear the activity log?"); }
 
@@ -51,16 +67,24 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void load();
-    void loadTotals();
-    AuditEntry& append(const QString& feature, const QString& path, qint64 size, const QString& outcome);
-    enum class Files { log, totals, logAndTotals };
-    void save(Files files);
+    struct DiskLog;
+    AuditEntry makeEntry(const QString& feature, const QString& path, qint64 size, const QString& outcome);
+    // Merges the files, the journal and this process's unsaved changes, and writes the result.
+    void fold();
+    void adopt(const QList<AuditEntry>& merged, qint64 lifetime);
+    void reloadLogIfChanged();
 
     QString m_folder;
-    QList<AuditEntry> m_entries;
+    ActivityJournal m_journal;
+    QList<AuditEntry> m_entries;     // what the files hold, with this process's unsaved changes
+    QList<AuditEntry> m_diskEntries; // what "audit-log.json" held when last read or written
+    QByteArray m_diskStamp;          // identity, size and time of that file then
     qint64 m_sessionCleaned = 0;
     qint64 m_lifetimeCleaned = 0;
     QList<QUuid> m_recordedThisSession;
+    QSet<QUuid> m_ownIds; // entries this process made; they count for the session once on record
+    QList<AuditEntry> m_unsaved;
+    QSet<QUuid> m_unsavedRecovered;
+    QSet<QUuid> m_unsavedCleared;
     std::optional<QString> m_lastSaveProblem;
 };

@@ -4,6 +4,7 @@
 #include "common/BackgroundTask.h"
 #include "common/Log.h"
 #include "removal/AuditLog.h"
+#include "removal/TrashRecorder.h"
 #include "removal/Trasher.h"
 #include "scan/RunningMonitor.h"
 #include "scan/SmartScanRules.h"
@@ -124,11 +125,13 @@ void SmartScanSession::clean()
     if (items.isEmpty())
         return;
     setPhase(ScanPhase::Cleaning{});
+    // Each move is journaled as it happens, so the log misses none even if Velloru stops mid-clean.
+    const auto recorder = std::make_shared<TrashRecorder>(m_audit.journal(), SmartScanTexts::feature());
     m_task = runInBackground(
-        this, [items, &trasher = m_trasher] { return trasher.moveToTrash(items); },
-        [this](TrashResult result) {
+        this, [items, recorder, &trasher = m_trasher] { return trasher.moveToTrash(items, recorder.get()); },
+        [this, recorder](TrashResult result) {
             m_task.reset();
-            recordTrashResult(m_audit, SmartScanTexts::feature(), result);
+            m_audit.record(*recorder);
             const qint64 moved = result.succeeded.size();
             const qint64 freed = result.freed;
             m_lastRemoval = std::move(result);

@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "app/SplitViewStateRepair.h"
 #include "app/UserDefaults.h"
+#include "removal/TrashRecorder.h"
 #include "removal/TrashRequests.h"
 #include "ui/ActivityPage.h"
 #include "ui/AppMenu.h"
@@ -92,8 +93,9 @@ QWidget* MainWindow::makePage(Destination destination)
     case Destination::dashboard: return new DashboardPage(m_state, m_detail);
     case Destination::diskUsage: {
         MoveToTrash moveToTrash = [this](const QString& path) -> std::optional<QString> {
-            const TrashResult result = m_state.trasher().moveToTrash(TrashRequests::measured({path}));
-            recordTrashResult(m_state.audit(), Destinations::title(Destination::diskUsage), result);
+            TrashRecorder recorder(m_state.audit().journal(), Destinations::title(Destination::diskUsage));
+            const TrashResult result = m_state.trasher().moveToTrash(TrashRequests::measured({path}), &recorder);
+            m_state.audit().record(recorder);
             if (result.failed.isEmpty())
                 return std::nullopt;
             return result.failed.first().reason;

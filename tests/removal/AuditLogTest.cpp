@@ -216,3 +216,65 @@ TEST(AuditLog, ADiskThatFillsDuringASaveKeepsThePreviousFile)
     EXPECT_EQ(reloaded.entries()[1].path, longPath);
     EXPECT_EQ(reloaded.lifetimeCleaned(), 3);
 }
+
+TEST(AuditLog, TwoWritersOnOneFolderKeepEachOthersEntries)
+{
+    // Two logs on one folder stand for two Velloru processes: each save merges what the other wrote.
+    FixtureTree tree;
+    const QString folder = tree.path(QStringLiteral("Velloru"));
+    AuditLog window(folder);
+    AuditLog command(folder);
+    window.recordMoves(QStringLiteral("Smart Scan"), {{QStringLiteral("/a"), 10, QStringLiteral("/t/a")}});
+    command.recordMoves(QStringLiteral("Trash"), {{QStringLiteral("/b"), 20, QStringLiteral("/t/b")}});
+    window.recordFailures(QStringLiteral("Smart Scan"), {{QStringLiteral("/c"), QStringLiteral("locked")}});
+    command.markRecovered({command.entries()[0].id});
+    EXPECT_EQ(command.entries().size(), 3);
+
+    const AuditLog reloaded(folder);
+    ASSERT_EQ(reloaded.entries().size(), 3);
+    EXPECT_EQ(reloaded.entries()[0].outcome, AuditOutcome::recovered);
+    EXPECT_EQ(reloaded.lifetimeCleaned(), 30);
+    EXPECT_EQ(window.sessionCleaned(), 10);
+    EXPECT_EQ(command.sessionCleaned(), 20);
+    window.refresh();
+    EXPECT_EQ(window.entries().size(), 3);
+}
+
+TEST(AuditLog, ValuesOutOfRangeAreKeptAsideLikeAnyCorruption)
+{
+    FixtureTree tree;
+    const QString folder = tree.path(QStringLiteral("Velloru"));
+    QByteArray good;
+    {
+        AuditLog log(folder);
+        log.recordMoves(QStringLiteral("Trash"),
+            {{QStringLiteral("/a"), 10, QStringLiteral("/t/a")}, {QStringLiteral("/b"), 20, QStringLiteral("/t/b")}});
+        good = readWholeFile(log.logPath());
+    }
+    // A total that is not a whole, non-negative byte count is rebuilt from the log, the file kept aside.
+    for (const char* total : {"18.5", "1e300", "-500"}) {
+        tree.write(QStringLiteral("Velloru/audit-totals.json"), QByteArray("{\"lifetimeCleaned\":") + total + "}\n");
+        const int before = keptAside(folder, QStringLiteral("audit-totals.json")).size();
+        const AuditLog log(folder);
+        EXPECT_EQ(log.lifetimeCleaned(), 30) << total;
+        EXPECT_EQ(keptAside(folder, QStringLiteral("audit-totals.json")).size(), before + 1) << total;
+    }
+    // An entry dated beyond any calendar, or of a size no file has: the log is kept aside, the rest kept.
+    const QByteArray date = good.mid(good.indexOf("\"date\":") + 7);
+    const QByteArray firstDate = date.left(date.indexOf(','));
+    for (const auto& [from, to] : {std::pair{"\"date\":" + firstDate, QByteArray("\"date\":1e300")},
+             std::pair{QByteArray("\"size\":10"), QByteArray("\"size\":1e300")},
+             std::pair{QByteArray("\"size\":10"), QByteArray("\"size\":-10")},
+             std::pair{QByteArray("\"size\":10"), QByteArray("\"size\":10.5")}}) {
+        QByteArray damaged = good;
+        damaged.replace(damaged.indexOf(from), from.size(), to); // the first entry only
+        ASSERT_NE(damaged, good);
+        tree.write(QStringLiteral("Velloru/audit-log.json"), damaged);
+        const int before = keptAside(folder, QStringLiteral("audit-log.json")).size();
+        const AuditLog log(folder);
+        ASSERT_EQ(log.entries().size(), 1) << to.constData();
+        EXPECT_EQ(log.entries()[0].path, QStringLiteral("/b"));
+        EXPECT_EQ(keptAside(folder, QStringLiteral("audit-log.json")).size(), before + 1) << to.constData();
+        tree.write(QStringLiteral("Velloru/audit-log.json"), good);
+    }
+}

@@ -17,7 +17,7 @@ namespace {
 // Trashes the paths and returns the log entries that recorded them.
 QList<AuditEntry> trashAndLog(AuditLog& log, const QStringList& paths)
 {
-    recordTrashResult(log, QStringLiteral("Trash"), Trasher().moveToTrash(TrashRequests::measured(paths)));
+    trashAndRecord(log, paths);
     return log.entries().mid(log.entries().size() - paths.size());
 }
 

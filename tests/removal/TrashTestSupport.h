@@ -1,5 +1,10 @@
 #pragma once
 
+#include "removal/AuditLog.h"
+#include "removal/TrashRecorder.h"
+#include "removal/TrashRequests.h"
+#include "removal/Trasher.h"
+
 #include <QProcess>
 #include <QStandardPaths>
 #include <QString>
@@ -17,4 +22,13 @@ inline std::optional<QString> runTool(const QString& program, const QStringList&
     if (status)
         *status = process.exitCode();
     return QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError());
+}
+
+// Moves the paths to the Trash as the front ends do, journaling each move, and records the batch in `log`.
+inline TrashResult trashAndRecord(AuditLog& log, const QStringList& paths)
+{
+    TrashRecorder recorder(log.journal(), QStringLiteral("Trash"));
+    TrashResult result = Trasher().moveToTrash(TrashRequests::measured(paths), &recorder);
+    log.record(recorder);
+    return result;
 }

@@ -28,7 +28,7 @@ QString homeTrashFiles()
 
 TrashResult trash(const QStringList& paths)
 {
-    return Trasher().moveToTrash(TrashRequests::measured(paths));
+    return Trasher().moveToTrash(TrashRequests::measured(paths), nullptr);
 }
 
 } // namespace
@@ -217,13 +217,13 @@ TEST(Trasher, StoppingLeavesTheRestInPlaceAndTheLogRecordsBoth)
     const QString b = tree.write(QStringLiteral("b.txt"), "b");
     std::stop_source stop;
     stop.request_stop();
-    const TrashResult stopped = Trasher().moveToTrash(TrashRequests::measured({a}), stop.get_token());
+    const TrashResult stopped = Trasher().moveToTrash(TrashRequests::measured({a}), nullptr, stop.get_token());
     ASSERT_EQ(stopped.failed.size(), 1);
     EXPECT_EQ(stopped.failed[0].reason, TrashTexts::stoppedBeforeTried());
     EXPECT_TRUE(QFile::exists(a));
 
     AuditLog log(tree.path(QStringLiteral("Velloru")));
-    recordTrashResult(log, QStringLiteral("Trash"), trash({b, tree.path(QStringLiteral("missing"))}));
+    trashAndRecord(log, {b, tree.path(QStringLiteral("missing"))});
     ASSERT_EQ(log.entries().size(), 2);
     EXPECT_EQ(log.entries()[0].outcome, AuditOutcome::movedToTrash);
     EXPECT_EQ(log.entries()[0].trashPath, homeTrashFiles() + QStringLiteral("/b.txt"));

@@ -1,5 +1,6 @@
 #include "ui/ActivityPage.h"
 #include "removal/AuditLog.h"
+#include "removal/TrashRecorder.h"
 #include "removal/TrashRequests.h"
 #include "removal/TrashWatcher.h"
 #include "removal/Trasher.h"
@@ -61,9 +62,10 @@ TEST(ActivityPage, PutBackFollowsTheTrash)
     const QString emptied = tree.write(QStringLiteral("docs/emptied.txt"), "emptied");
     AuditLog log(tree.path(QStringLiteral("Velloru")));
     TrashWatcher watcher;
-    const TrashResult result = Trasher().moveToTrash(TrashRequests::measured({kept, emptied}));
+    TrashRecorder recorder(log.journal(), QStringLiteral("Trash"));
+    const TrashResult result = Trasher().moveToTrash(TrashRequests::measured({kept, emptied}), &recorder);
     ASSERT_EQ(result.succeeded.size(), 2);
-    recordTrashResult(log, QStringLiteral("Trash"), result);
+    log.record(recorder);
     watcher.start();
 
     ActivityPage page(log, watcher);
