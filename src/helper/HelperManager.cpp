@@ -1,5 +1,6 @@
 #include "helper/HelperManager.h"
 
+#include "common/Log.h"
 #include "helper/HelperConnection.h"
 #include "helper/HelperProtocol.h"
 #include "helper/HelperTexts.h"
@@ -9,11 +10,6 @@
 #include <QTimer>
 
 namespace {
-
-void helperLog(const QString& message)
-{
-    qInfo().noquote() << QStringLiteral("Velloru helper: ") + message;
-}
 
 const HelperManager::CallTexts maintenanceTexts{
     HelperTexts::notSetUp(), HelperTexts::unavailable(), HelperTexts::noAnswer(), HelperTexts::contactLost({})};

@@ -23,12 +23,12 @@ QByteArray frame(const QJsonObject& message)
     return framed + body;
 }
 
-Unframed takeMessage(QByteArray& buffer)
+Unframed takeMessage(QByteArray& buffer, qint64 limit)
 {
     if (buffer.size() < 4)
         return {};
     const qint64 length = qFromBigEndian<quint32>(buffer.constData());
-    if (length == 0 || length > maximumMessageBytes)
+    if (length == 0 || length > limit)
         return {std::nullopt, true};
     if (buffer.size() < 4 + length)
         return {};

@@ -19,7 +19,9 @@ bool socketOverridden();
 // The helper's version; the app expects the helper it talks to to report the same.
 inline const QString version = QStringLiteral(VELLORU_VERSION);
 // Larger messages are refused, so a confused peer cannot make the other side allocate without bound.
+// Replies (listings, process tables) may be large; a request is a few paths at most.
 inline constexpr qint64 maximumMessageBytes = 16 * 1024 * 1024;
+inline constexpr qint64 maximumRequestBytes = 1024 * 1024;
 
 namespace Op {
 inline const QString version = QStringLiteral("version");
@@ -51,6 +53,6 @@ struct Unframed {
     std::optional<QJsonObject> message;
     bool malformed = false;
 };
-Unframed takeMessage(QByteArray& buffer);
+Unframed takeMessage(QByteArray& buffer, qint64 limit = maximumMessageBytes);
 
 } // namespace HelperProtocol

@@ -1,15 +1,11 @@
 #include "helper/HelperRefresh.h"
 
 #include "common/BackgroundTask.h"
+#include "common/Log.h"
 
 #include <QTimer>
 
 namespace {
-
-void helperLog(const QString& message)
-{
-    qInfo().noquote() << QStringLiteral("Velloru helper: ") + message;
-}
 
 QString describe(const HelperService::Error& error)
 {

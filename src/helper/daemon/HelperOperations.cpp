@@ -1,13 +1,18 @@
 #include "helper/daemon/HelperOperations.h"
 
 #include "common/ByteCount.h"
+#include "common/LocalPath.h"
+#include "common/Log.h"
 #include "helper/HelperProtocol.h"
 #include "helper/daemon/CommandRunner.h"
 #include "helper/daemon/SystemControl.h"
+#include "platform/DirectoryReader.h"
 #include "platform/FileAccess.h"
 #include "platform/FileStatus.h"
+#include "platform/FolderHandle.h"
 #include "platform/MaintenanceCommands.h"
 #include "platform/TrashStore.h"
+#include "platform/TreeRemoval.h"
 #include "removal/ItemSize.h"
 
 #include <QDir>
@@ -18,13 +23,9 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <vector>
 
 namespace {
-
-void helperLog(const QString& message)
-{
-    qInfo().noquote() << QStringLiteral("Velloru helper: ") + message;
-}
 
 QString notInThisEdition(const QString& op)
 {
@@ -132,66 +133,161 @@ QJsonObject HelperOperations::performMaintenance(const QString& task, const Prog
     return taskResultJson(true, QStringLiteral("Done."));
 }
 
+namespace {
+
+// The parent folder of `path`, held open, with its real path as the kernel resolved it, and the item's
+// name in it; or the sentence saying why the path cannot be used.
+struct HeldItem {
+    std::optional<FolderHandle> parent;
+    QByteArray name;
+    QString realPath;
+    QString realParent;
+    QString refusal;
+};
+
+HeldItem holdItem(const QString& path)
+{
+    HeldItem held;
+    const auto encoded = LocalPath::encode(path);
+    if (!encoded || !QDir::isAbsolutePath(path)) {
+        held.refusal = QStringLiteral("%1 is not a full path inside an existing folder.").arg(path);
+        return held;
+    }
+    const QFileInfo item(QDir::cleanPath(path));
+    const auto name = LocalPath::encode(item.fileName());
+    if (!name || name->isEmpty() || *name == "." || *name == "..") {
+        held.refusal = QStringLiteral("%1 does not name a file or folder.").arg(path);
+        return held;
+    }
+    held.parent = FolderHandle::open(*LocalPath::encode(item.absolutePath()));
+    const auto realParentBytes = held.parent ? held.parent->currentPath() : std::nullopt;
+    const auto realParent = realParentBytes ? LocalPath::decode(*realParentBytes) : std::nullopt;
+    if (!realParent) {
+        held.refusal = QStringLiteral("%1 is not a full path inside an existing folder.").arg(path);
+        held.parent.reset();
+        return held;
+    }
+    held.name = *name;
+    held.realParent = *realParent;
+    held.realPath = (*realParent == QLatin1String("/") ? QString() : *realParent) + QLatin1Char('/') + item.fileName();
+    return held;
+}
+
+QJsonObject refusedItem(const QString& path, const QString& reason)
+{
+    return {{QStringLiteral("path"), path}, {QStringLiteral("moved"), false}, {QStringLiteral("reason"), reason}};
+}
+
+} // namespace
+
 QJsonObject HelperOperations::moveItemsToTrash(
     const QJsonArray& paths, const QString& userTrash, unsigned callerUid) const
 {
-    if (const auto refusal = m_policy.refuseUserTrash(userTrash, callerUid))
+    const auto trashBytes = LocalPath::encode(userTrash);
+    const auto trash = trashBytes ? FolderHandle::open(*trashBytes) : std::nullopt;
+    const auto trashReal = trash ? trash->currentPath() : std::nullopt;
+    const auto trashStatus = trash ? trash->status() : std::nullopt;
+    const auto trashText = trashReal ? LocalPath::decode(*trashReal) : std::nullopt;
+    if (!trashText || !trashStatus)
+        return {{QStringLiteral("error"), QStringLiteral("%1 is not a Trash folder of yours.").arg(userTrash)}};
+    if (const auto refusal = PathPolicy::refuseUserTrash(*trashText, *trashStatus, callerUid))
         return {{QStringLiteral("error"), *refusal}};
-    const TrashOwner owner{callerUid, QFileInfo(userTrash).canonicalFilePath()};
+    const TrashOwner owner{callerUid, *trashText};
+
     QJsonArray outcomes;
     for (const QJsonValue& value : paths) {
         const QString path = value.toString();
-        QJsonObject outcome{{QStringLiteral("path"), path}, {QStringLiteral("moved"), false}};
-        if (const auto refusal = m_policy.refuseMove(path, callerUid)) {
-            outcome.insert(QStringLiteral("reason"), *refusal);
-        } else {
-            const QString real = QFileInfo(QFileInfo(path).absolutePath()).canonicalFilePath() + QLatin1Char('/')
-                + QFileInfo(path).fileName();
-            const auto status = statusAt(AT_FDCWD, QFile::encodeName(real).constData(), StatDetail::identity);
-            const TrashFolderLookup lookup = status
-                ? trashFolderFor(QFileInfo(real).absolutePath(), status->device, owner)
-                : TrashFolderLookup{std::nullopt, errno};
-            const TrashMove move = lookup.folder ? moveIntoTrash(real, *lookup.folder) : TrashMove{{}, lookup.error};
-            if (move.error == 0) {
-                outcome.insert(QStringLiteral("moved"), true);
-                outcome.insert(QStringLiteral("trashPath"), move.trashedPath);
-            } else {
-                outcome.insert(QStringLiteral("reason"), systemErrorSentence(move.error));
-            }
-        }
-        helperLog(QStringLiteral("trash path=%1 uid=%2 moved=%3")
-                      .arg(path)
-                      .arg(callerUid)
-                      .arg(outcome.value(u"moved").toBool()));
+        const QJsonObject outcome = moveOneToTrash(path, owner);
+        logLine(QStringLiteral("trash path=%1 uid=%2 moved=%3")
+                    .arg(logValue(path))
+                    .arg(callerUid)
+                    .arg(outcome.value(u"moved").toBool()),
+            LogSource::helper);
         outcomes.append(outcome);
     }
     return {{QStringLiteral("items"), outcomes}};
+}
+
+QJsonObject HelperOperations::moveOneToTrash(const QString& path, const TrashOwner& owner) const
+{
+    const HeldItem held = holdItem(path);
+    if (!held.parent)
+        return refusedItem(path, held.refusal);
+    if (const auto refusal = m_policy.refuseMove(held.realPath, owner.uid))
+        return refusedItem(path, *refusal);
+    // Decided on the descriptors the move then uses: a rename in the meantime cannot swap another item in.
+    const auto parentStatus = held.parent->status();
+    const auto itemStatus = held.parent->childStatus(held.name);
+    if (!parentStatus || !itemStatus)
+        return refusedItem(path, systemErrorSentence(errno));
+    if (const auto refusal = PathPolicy::refuseOwnership(held.realPath, *itemStatus, *parentStatus, owner.uid))
+        return refusedItem(path, *refusal);
+    if (isInsideTrash(held.realPath))
+        return refusedItem(path, QStringLiteral("%1 is in a Trash already.").arg(held.realPath));
+
+    const TrashOpening opening = openTrashFor(held.realParent, itemStatus->device, owner);
+    const TrashMove move = opening.trash ? moveIntoTrash(*held.parent, held.name, held.realPath, *opening.trash)
+                                         : TrashMove{{}, opening.error};
+    if (move.error != 0)
+        return refusedItem(path, systemErrorSentence(move.error));
+    return {{QStringLiteral("path"), path}, {QStringLiteral("moved"), true},
+        {QStringLiteral("trashPath"), move.trashedPath}};
 }
 
 QJsonObject HelperOperations::emptyTrash(const QJsonArray& folders, unsigned callerUid) const
 {
     qint64 freed = 0;
     int emptied = 0;
+    int leftBehind = 0;
+    int firstError = 0;
     for (const QJsonValue& value : folders) {
         const QString folder = value.toString();
-        if (const auto refusal = m_policy.refuseTrashToEmpty(folder, callerUid))
+        const auto encoded = LocalPath::encode(folder);
+        const auto trash = encoded ? FolderHandle::open(*encoded) : std::nullopt;
+        const auto realBytes = trash ? trash->currentPath() : std::nullopt;
+        const auto real = realBytes ? LocalPath::decode(*realBytes) : std::nullopt;
+        const auto status = trash ? trash->status() : std::nullopt;
+        if (!real || !status)
+            return taskResultJson(false, QStringLiteral("%1 is not a Trash folder of yours.").arg(folder), freed);
+        if (const auto refusal = PathPolicy::refuseTrashToEmpty(*real, *status, callerUid))
             return taskResultJson(false, *refusal, freed);
-        for (const QString& part : {QStringLiteral("/files"), QStringLiteral("/info")}) {
-            const QDir contents(folder + part);
-            for (const QFileInfo& entry :
-                contents.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)) {
-                const qint64 size = measureItemSize(entry.absoluteFilePath());
-                // Links are removed as links; a folder's contents go with it, links inside never followed.
-                const bool removed = entry.isDir() && !entry.isSymLink()
-                    ? QDir(entry.absoluteFilePath()).removeRecursively()
-                    : QFile::remove(entry.absoluteFilePath());
-                if (removed && part == QLatin1String("/files"))
-                    freed += size;
+        if (real->endsWith(QStringLiteral("/.Trash/") + QString::number(callerUid))) {
+            // A volume's shared Trash is only trusted with the sticky bit, as when items were moved there.
+            const auto shared = trash->openChild("..");
+            const auto sharedStatus = shared ? shared->status() : std::nullopt;
+            if (!sharedStatus || !sharedStatus->isSticky())
+                return taskResultJson(false, QStringLiteral("%1 is not a Trash folder of yours.").arg(folder), freed);
+        }
+        for (const char* part : {"files", "info"}) {
+            const auto contents = trash->openChild(part);
+            const auto partStatus = contents ? contents->status() : std::nullopt;
+            if (!partStatus) {
+                if (errno != ENOENT)
+                    return taskResultJson(
+                        false, QStringLiteral("%1 is not a Trash folder of yours.").arg(folder), freed);
+                continue;
             }
+            if (partStatus->uid != callerUid)
+                return taskResultJson(false, QStringLiteral("%1 is not a Trash folder of yours.").arg(folder), freed);
+            const TreeRemoval removal = removeContents(*contents);
+            if (qstrcmp(part, "files") == 0)
+                freed += removal.removedBytes;
+            leftBehind += removal.leftBehind;
+            if (firstError == 0)
+                firstError = removal.firstError;
         }
         ++emptied;
-        helperLog(QStringLiteral("emptied trash=%1 uid=%2").arg(folder).arg(callerUid));
+        logLine(
+            QStringLiteral("emptied trash=%1 uid=%2 leftBehind=%3").arg(logValue(*real)).arg(callerUid).arg(leftBehind),
+            LogSource::helper);
     }
+    if (leftBehind > 0)
+        return taskResultJson(false,
+            QStringLiteral("%1 %2 couldn’t be deleted — %3")
+                .arg(leftBehind)
+                .arg(leftBehind == 1 ? QStringLiteral("item") : QStringLiteral("items"))
+                .arg(systemErrorSentence(firstError)),
+            freed);
     return taskResultJson(true,
         emptied == 1 ? QStringLiteral("The Trash is empty.") : QStringLiteral("%1 Trash folders emptied.").arg(emptied),
         freed);
@@ -212,13 +308,26 @@ QJsonObject HelperOperations::listChildren(const QString& folder, bool includeHi
 {
     if (const auto refusal = m_policy.refuseRead(folder))
         return {{QStringLiteral("error"), *refusal}};
-    QDir::Filters filters = QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System;
-    if (includeHidden)
-        filters |= QDir::Hidden;
+    const auto encoded = LocalPath::encode(folder);
+    const auto held = encoded ? FolderHandle::open(*encoded) : std::nullopt;
+    if (!held)
+        return {{QStringLiteral("error"), systemErrorSentence(encoded ? errno : EILSEQ)}};
+    // Names with no exact text form are counted, never passed on in a form that names another file.
     QJsonArray names;
-    for (const QString& name : QDir(folder).entryList(filters, QDir::Name))
-        names.append(name);
-    return {{QStringLiteral("children"), names}};
+    int unrepresentable = 0;
+    std::vector<std::byte> buffer(directoryBufferSize);
+    auto reader = DirectoryReader::open(held->fd(), ".", buffer);
+    DirectoryEntry entry;
+    while (reader && reader->next(entry)) {
+        const QByteArrayView bytes(entry.name.data(), qsizetype(entry.name.size()));
+        if (!includeHidden && bytes.startsWith('.'))
+            continue;
+        if (const auto name = LocalPath::decode(bytes))
+            names.append(*name);
+        else
+            ++unrepresentable;
+    }
+    return {{QStringLiteral("children"), names}, {QStringLiteral("unrepresentable"), unrepresentable}};
 }
 
 QJsonObject HelperOperations::sizesOfPaths(const QJsonArray& paths) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "helper/daemon/PathPolicy.h"
+#include "platform/TrashStore.h"
 
 #include <QHash>
 #include <QJsonObject>
@@ -31,6 +32,7 @@ public:
 private:
     QJsonObject performMaintenance(const QString& task, const Progress& progress) const;
     QJsonObject moveItemsToTrash(const QJsonArray& paths, const QString& userTrash, unsigned callerUid) const;
+    QJsonObject moveOneToTrash(const QString& path, const TrashOwner& owner) const;
     QJsonObject emptyTrash(const QJsonArray& folders, unsigned callerUid) const;
     QJsonObject existing(const QJsonArray& paths) const;
     QJsonObject listChildren(const QString& folder, bool includeHidden) const;

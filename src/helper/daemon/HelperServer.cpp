@@ -1,5 +1,6 @@
 #include "helper/daemon/HelperServer.h"
 
+#include "common/Log.h"
 #include "helper/HelperProtocol.h"
 #include "platform/PeerCredentials.h"
 
@@ -9,15 +10,6 @@
 #include <QLocalSocket>
 #include <QPointer>
 #include <QTimer>
-
-namespace {
-
-void helperLog(const QString& message)
-{
-    qInfo().noquote() << QStringLiteral("Velloru helper: ") + message;
-}
-
-} // namespace
 
 HelperServer::HelperServer(QSet<unsigned> allowedUids, HelperOperations operations, QString version, QObject* parent)
     : QObject(parent)
@@ -49,7 +41,7 @@ std::optional<QString> HelperServer::listen(const QString& socketPath)
     m_server.setSocketOptions(QLocalServer::WorldAccessOption);
     if (!m_server.listen(socketPath))
         return QStringLiteral("Couldn’t listen on %1 — %2.").arg(socketPath, m_server.errorString());
-    helperLog(QStringLiteral("listening socket=%1 version=%2").arg(socketPath, m_version));
+    helperLog(QStringLiteral("listening socket=%1 version=%2").arg(logValue(socketPath), m_version));
     return std::nullopt;
 }
 
@@ -91,7 +83,20 @@ void HelperServer::accept()
             socket->deleteLater();
             continue;
         }
-        m_peers.insert(socket, {*uid, {}});
+        const auto held
+            = std::count_if(m_peers.cbegin(), m_peers.cend(), [&uid](const Peer& peer) { return peer.uid == *uid; });
+        if (held >= maximumConnectionsPerUser) {
+            helperLog(QStringLiteral("too many connections, refused uid=%1 open=%2").arg(*uid).arg(held));
+            socket->abort();
+            socket->deleteLater();
+            continue;
+        }
+        auto* unfinished = new QTimer(socket);
+        unfinished->setSingleShot(true);
+        unfinished->setInterval(m_requestTimeLimit);
+        connect(unfinished, &QTimer::timeout, this,
+            [this, socket] { drop(socket, QStringLiteral("request not finished in time")); });
+        m_peers.insert(socket, {*uid, {}, unfinished});
         updateIdleCountdown();
         connect(socket, &QLocalSocket::readyRead, this, [this, socket] { read(socket); });
         connect(socket, &QLocalSocket::disconnected, this, [this, socket] {
@@ -102,20 +107,38 @@ void HelperServer::accept()
     }
 }
 
+void HelperServer::drop(QLocalSocket* socket, const QString& why)
+{
+    helperLog(QStringLiteral("closing connection uid=%1 reason=%2").arg(m_peers.value(socket).uid).arg(logValue(why)));
+    socket->abort();
+}
+
 void HelperServer::read(QLocalSocket* socket)
 {
-    Peer& peer = m_peers[socket];
-    peer.buffer += socket->readAll();
+    if (!m_peers.contains(socket))
+        return;
+    m_peers[socket].buffer += socket->readAll();
     for (;;) {
-        const HelperProtocol::Unframed unframed = HelperProtocol::takeMessage(peer.buffer);
+        // Looked up afresh each time: answering may end the connection.
+        const auto peer = m_peers.find(socket);
+        if (peer == m_peers.end())
+            return;
+        const HelperProtocol::Unframed unframed
+            = HelperProtocol::takeMessage(peer->buffer, HelperProtocol::maximumRequestBytes);
         if (unframed.malformed) {
-            helperLog(QStringLiteral("malformed message, closing uid=%1").arg(peer.uid));
-            socket->abort();
+            drop(socket, QStringLiteral("malformed message"));
             return;
         }
-        if (!unframed.message)
-            return;
-        handle(socket, *unframed.message);
+        if (unframed.message) {
+            handle(socket, *unframed.message);
+            continue;
+        }
+        // A request that has begun must finish within the time limit, however slowly its bytes come.
+        if (peer->buffer.isEmpty())
+            peer->unfinished->stop();
+        else if (!peer->unfinished->isActive())
+            peer->unfinished->start();
+        return;
     }
 }
 
@@ -126,7 +149,7 @@ void HelperServer::handle(QLocalSocket* socket, const QJsonObject& request)
     const QString op = request.value(u"op").toString();
     const QJsonObject arguments = request.value(u"args").toObject();
     const unsigned uid = m_peers.value(socket).uid;
-    helperLog(QStringLiteral("request op=%1 id=%2 uid=%3").arg(op).arg(id).arg(uid));
+    helperLog(QStringLiteral("request op=%1 id=%2 uid=%3").arg(logValue(op)).arg(id).arg(uid));
 
     if (op == Op::version) {
         send(socket, id, {{QStringLiteral("version"), m_version}});

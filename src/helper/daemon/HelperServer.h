@@ -21,6 +21,11 @@ class HelperServer : public QObject {
     Q_OBJECT
 
 public:
+    // A user may hold this many connections at once; more are closed at once.
+    static constexpr int maximumConnectionsPerUser = 32;
+    // A request must arrive whole within this time once it has begun.
+    static constexpr std::chrono::seconds defaultRequestTimeLimit{10};
+
     // `version`: what the helper reports as its version (the one it was built with).
     HelperServer(QSet<unsigned> allowedUids, HelperOperations operations, QString version, QObject* parent = nullptr);
     ~HelperServer() override;
@@ -32,6 +37,7 @@ public:
     // Emits `idle` once nobody has been connected and no job has run for `after`. systemd starts the helper
     // again on the next connection, so a helper started on demand need not stay.
     void reportIdleAfter(std::chrono::milliseconds after);
+    void setRequestTimeLimit(std::chrono::milliseconds limit) { m_requestTimeLimit = limit; }
 
 Q_SIGNALS:
     // The helper agreed to exit.
@@ -41,11 +47,13 @@ Q_SIGNALS:
 private:
     struct Peer {
         unsigned uid = 0;
-        QByteArray buffer;
+        QByteArray buffer;            // what has arrived of the next request
+        QTimer* unfinished = nullptr; // runs while a request is only partly there
     };
 
     void accept();
     void read(QLocalSocket* socket);
+    void drop(QLocalSocket* socket, const QString& why);
     void handle(QLocalSocket* socket, const QJsonObject& request);
     void send(QLocalSocket* socket, qint64 id, const QJsonObject& reply);
     // Starts the idle countdown when nobody is connected and nothing runs, stops it otherwise.
@@ -61,4 +69,5 @@ private:
     quint64 m_nextJob = 0;
     QHash<quint64, std::shared_ptr<std::jthread>> m_jobs;
     QTimer* m_idleTimer = nullptr; // only when asked to report idleness
+    std::chrono::milliseconds m_requestTimeLimit = defaultRequestTimeLimit;
 };

@@ -1,13 +1,9 @@
 #include "helper/daemon/PathPolicy.h"
 
-#include "platform/FileStatus.h"
 #include "platform/UserHome.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
-
-#include <fcntl.h>
 
 namespace {
 
@@ -16,21 +12,9 @@ bool isUnder(const QString& path, const QString& root)
     return path == root || path.startsWith(root.endsWith(QLatin1Char('/')) ? root : root + QLatin1Char('/'));
 }
 
-// The path with its parent resolved; the item itself may be a link and is not followed.
-std::optional<QString> resolved(const QString& path)
+QString notYourTrash(const QString& path)
 {
-    if (!QDir::isAbsolutePath(path) || path.contains(QChar::Null))
-        return std::nullopt;
-    const QFileInfo item(QDir::cleanPath(path));
-    const QString parent = QFileInfo(item.absolutePath()).canonicalFilePath();
-    if (parent.isEmpty())
-        return std::nullopt;
-    return parent == QLatin1String("/") ? parent + item.fileName() : parent + QLatin1Char('/') + item.fileName();
-}
-
-QString notAFullPath(const QString& path)
-{
-    return QStringLiteral("%1 is not a full path inside an existing folder.").arg(path);
+    return QStringLiteral("%1 is not a Trash folder of yours.").arg(path);
 }
 
 } // namespace
@@ -47,58 +31,60 @@ QStringList PathPolicy::movableRoots(unsigned callerUid)
     return roots;
 }
 
-std::optional<QString> PathPolicy::refuseMove(const QString& path, unsigned callerUid) const
+std::optional<QString> PathPolicy::refuseMove(const QString& realPath, unsigned callerUid) const
 {
-    const auto real = resolved(path);
-    if (!real)
-        return notAFullPath(path);
+    for (const QString& home : allHomeFolders())
+        if (isUnder(home, realPath))
+            return QStringLiteral("%1 is a home folder, or holds one; the helper never moves those.").arg(realPath);
     const QStringList roots = movableRoots(callerUid);
     for (const QString& root : roots)
-        if (isUnder(*real, root) && *real != root)
+        if (isUnder(realPath, root) && realPath != root)
             return std::nullopt;
     return QStringLiteral("%1 is outside the folders the helper may change (%2).")
-        .arg(*real, roots.join(QStringLiteral(", ")));
+        .arg(realPath, roots.join(QStringLiteral(", ")));
+}
+
+std::optional<QString> PathPolicy::refuseOwnership(
+    const QString& realPath, const FileStatus& item, const FileStatus& parent, unsigned callerUid)
+{
+    if (callerUid == 0 || item.uid == callerUid || parent.uid == callerUid)
+        return std::nullopt;
+    return QStringLiteral("%1 belongs to another user, in a folder that isn’t yours; the helper only moves what "
+                          "you could have removed yourself.")
+        .arg(realPath);
 }
 
 std::optional<QString> PathPolicy::refuseRead(const QString& path) const
 {
-    const auto real = resolved(path);
-    if (!real)
-        return notAFullPath(path);
-    for (const char* virtualRoot : {"/proc", "/sys", "/dev"})
-        if (isUnder(*real, QString::fromLatin1(virtualRoot)))
-            return QStringLiteral("%1 belongs to the kernel’s virtual file systems, which the helper does not read.")
-                .arg(*real);
+    if (!QDir::isAbsolutePath(path))
+        return QStringLiteral("%1 is not a full path.").arg(path);
+    // Checked as written and with every link resolved, so a link cannot lead the reading there either.
+    const QString cleaned = QDir::cleanPath(path);
+    const QFileInfo info(cleaned);
+    for (const QString& form : {cleaned, QFileInfo(info.absolutePath()).canonicalFilePath(), info.canonicalFilePath()})
+        for (const char* virtualRoot : {"/proc", "/sys", "/dev"})
+            if (!form.isEmpty() && isUnder(form, QString::fromLatin1(virtualRoot)))
+                return QStringLiteral(
+                    "%1 belongs to the kernel’s virtual file systems, which the helper does not read.")
+                    .arg(cleaned);
     return std::nullopt;
 }
 
-std::optional<QString> PathPolicy::refuseUserTrash(const QString& path, unsigned callerUid) const
+std::optional<QString> PathPolicy::refuseUserTrash(
+    const QString& realPath, const FileStatus& folder, unsigned callerUid)
 {
-    const QString real = QFileInfo(path).canonicalFilePath();
-    const auto status = statusAt(AT_FDCWD, QFile::encodeName(real).constData(), StatDetail::full);
-    if (real.isEmpty() || !status || !status->isDirectory() || status->uid != callerUid)
-        return QStringLiteral("%1 is not a Trash folder of yours.").arg(path);
-    const auto home = homeFolderOf(callerUid);
-    if (callerUid != 0 && (!home || !isUnder(real, *home)))
-        return QStringLiteral("%1 is not inside your home folder.").arg(path);
+    if (!realPath.endsWith(QStringLiteral("/Trash")) || !folder.isDirectory() || folder.uid != callerUid)
+        return notYourTrash(realPath);
     return std::nullopt;
 }
 
-std::optional<QString> PathPolicy::refuseTrashToEmpty(const QString& path, unsigned callerUid) const
+std::optional<QString> PathPolicy::refuseTrashToEmpty(
+    const QString& realPath, const FileStatus& folder, unsigned callerUid)
 {
-    const QString real = QFileInfo(path).canonicalFilePath();
     const QString uid = QString::number(callerUid);
-    const bool volumeTrash
-        = real.endsWith(QStringLiteral("/.Trash-") + uid) || real.endsWith(QStringLiteral("/.Trash/") + uid);
-    if (volumeTrash) {
-        const auto status = statusAt(AT_FDCWD, QFile::encodeName(real).constData(), StatDetail::full);
-        if (status && status->isDirectory() && status->uid == callerUid)
-            return std::nullopt;
-        return QStringLiteral("%1 is not a Trash folder of yours.").arg(path);
-    }
-    if (const auto refusal = refuseUserTrash(path, callerUid))
-        return refusal;
-    if (!real.endsWith(QStringLiteral("/Trash")))
-        return QStringLiteral("%1 is not a Trash folder.").arg(path);
+    const bool named = realPath.endsWith(QStringLiteral("/Trash"))
+        || realPath.endsWith(QStringLiteral("/.Trash-") + uid) || realPath.endsWith(QStringLiteral("/.Trash/") + uid);
+    if (!named || !folder.isDirectory() || folder.uid != callerUid)
+        return notYourTrash(realPath);
     return std::nullopt;
 }

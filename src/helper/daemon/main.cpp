@@ -1,5 +1,6 @@
 // velloru-helper: Velloru's privileged helper daemon. Runs as root (started by its systemd socket unit),
 // serving the user recorded at installation and root.
+#include "common/Log.h"
 #include "helper/HelperProtocol.h"
 #include "helper/daemon/HelperServer.h"
 #include "platform/MaintenanceCommands.h"
@@ -68,20 +69,23 @@ int main(int argc, char** argv)
         QStringLiteral("tasks"), QStringLiteral("Maintenance commands as JSON (tests)."), QStringLiteral("file"));
     const QCommandLineOption timeout(QStringLiteral("task-timeout"), QStringLiteral("Seconds a task may run."),
         QStringLiteral("seconds"), QStringLiteral("110"));
+    const QCommandLineOption requestTimeLimit(QStringLiteral("request-time-limit"),
+        QStringLiteral("Seconds a request may take to arrive once begun (tests)."), QStringLiteral("seconds"),
+        QString::number(HelperServer::defaultRequestTimeLimit.count()));
     const QCommandLineOption mountRoot(QStringLiteral("mount-root"), QStringLiteral("Where mount points are made."),
         QStringLiteral("folder"), QStringLiteral("/mnt/velloru"));
     const QCommandLineOption install(QStringLiteral("install"), QStringLiteral("Install the helper (as root)."));
     const QCommandLineOption uninstall(QStringLiteral("uninstall"), QStringLiteral("Remove the helper (as root)."));
     const QCommandLineOption forUid(
         QStringLiteral("for-uid"), QStringLiteral("The user to install for."), QStringLiteral("uid"));
-    parser.addOptions({socket, allow, tasks, timeout, mountRoot, install, uninstall, forUid});
+    parser.addOptions({socket, allow, tasks, timeout, requestTimeLimit, mountRoot, install, uninstall, forUid});
     parser.process(app);
 
     if (parser.isSet(install)) {
         bool ok = false;
         const unsigned uid = parser.value(forUid).toUInt(&ok);
         if (!ok) {
-            qCritical().noquote() << QStringLiteral("Velloru helper: --install needs --for-uid");
+            helperLog(QStringLiteral("--install needs --for-uid"));
             return 2;
         }
         const auto problem = SystemdHelperService::installAsRoot(QCoreApplication::applicationFilePath(), uid);
@@ -100,10 +104,11 @@ int main(int argc, char** argv)
         HelperOperations(PathPolicy(), readTasks(parser.value(tasks)),
             std::chrono::seconds(parser.value(timeout).toInt()), parser.value(mountRoot)),
         HelperProtocol::version);
+    server.setRequestTimeLimit(std::chrono::milliseconds(qRound(parser.value(requestTimeLimit).toDouble() * 1000)));
     // Started by systemd's socket unit, the helper serves the socket it was handed.
     const auto handed = systemdListeningSocket();
     if (const auto problem = handed ? server.adopt(*handed) : server.listen(parser.value(socket))) {
-        qCritical().noquote() << QStringLiteral("Velloru helper: ") + *problem;
+        helperLog(*problem);
         return 1;
     }
     QObject::connect(&server, &HelperServer::shutdownAccepted, &app, &QCoreApplication::quit, Qt::QueuedConnection);
@@ -111,7 +116,7 @@ int main(int argc, char** argv)
         // Started on demand, the helper leaves once Velloru has been gone for a while.
         server.reportIdleAfter(std::chrono::minutes(10));
         QObject::connect(&server, &HelperServer::idle, &app, [] {
-            qInfo().noquote() << QStringLiteral("Velloru helper: idle, exiting");
+            helperLog(QStringLiteral("idle, exiting"));
             QCoreApplication::quit();
         });
     }
