@@ -32,10 +32,10 @@ void setAsideUnusableFile(const QString& path, const QString& reason)
         target = QStringLiteral("%1.unreadable-%2-%3").arg(path, stamp).arg(n);
 
     if (QFile::rename(path, target)) {
-        logLine(QStringLiteral("state file unusable, kept aside path=%1 keptAs=%2 reason=\"%3\"")
-                    .arg(path, target, reason));
+        logLine(QStringLiteral("state file unusable, kept aside path=%1 keptAs=%2 reason=%3")
+                    .arg(logValue(path), logValue(target), logValue(reason)));
     } else {
-        logLine(
-            QStringLiteral("state file unusable and could not be kept aside path=%1 reason=\"%2\"").arg(path, reason));
+        logLine(QStringLiteral("state file unusable and could not be kept aside path=%1 reason=%2")
+                    .arg(logValue(path), logValue(reason)));
     }
 }

@@ -13,6 +13,12 @@ enum class LogSource { app, helper };
 // characters are escaped here too, so that no value can start a line of its own.
 void logLine(const QString& message, LogSource source = LogSource::app);
 
+// A line about the privileged helper, from either side of it.
+inline void helperLog(const QString& message)
+{
+    logLine(message, LogSource::helper);
+}
+
 // A value for a key=value pair: as it is when it is plain, otherwise in double quotes with quotes,
 // backslashes and control characters escaped, so that a path or a sentence can never pass itself off as
 // another pair or another line.

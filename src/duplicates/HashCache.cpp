@@ -41,7 +41,7 @@ bool HashCache::read(const std::function<void(const Entry&)>& onEntry) const
     if (fileVolume && *fileVolume != m_volumeUUID) {
         // Inode numbers mean nothing on another volume: the whole file is ignored and replaced at the next save.
         logLine(QStringLiteral("hash cache for another volume ignored path=%1 volume=%2")
-                    .arg(m_fileURL, QString::fromStdString(*fileVolume)));
+                    .arg(logValue(m_fileURL), logValue(QString::fromStdString(*fileVolume))));
         return true;
     }
     Entry entry;
@@ -62,7 +62,7 @@ std::optional<QString> HashCache::save(const AddedEntries& added) const
     if (!storedUsable) // the stored file was not a cache after all: only what this run sampled is kept
         failure = write(added, false, storedUsable);
     if (failure)
-        logLine(QStringLiteral("hash cache not saved path=%1 reason=\"%2\"").arg(m_fileURL, *failure));
+        logLine(QStringLiteral("hash cache not saved path=%1 reason=%2").arg(logValue(m_fileURL), logValue(*failure)));
     return failure;
 }
 

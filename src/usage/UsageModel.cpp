@@ -32,7 +32,7 @@ bool UsageModel::measure(const QString& path)
         return false;
     }
 
-    logLine(QStringLiteral("usage walk started root=%1").arg(*root));
+    logLine(QStringLiteral("usage walk started root=%1").arg(logValue(*root)));
     const quint64 generation = ++m_generation;
     m_walk = std::make_unique<FastWalk>(toFileName(*root), defaultLeaveOut());
     m_consumer = std::jthread([this, generation, walk = m_walk.get()] {
@@ -88,7 +88,7 @@ void UsageModel::streamEnded(quint64 generation)
     sampleCounters();
     stopWalk();
     logLine(QStringLiteral("usage walk finished root=%1 bytes=%2 folders=%3")
-                .arg(m_rootPath)
+                .arg(logValue(m_rootPath))
                 .arg(m_progress.measuredTotal + m_progress.rootFileBytes)
                 .arg(m_counters.foldersListed));
     Q_EMIT measuringChanged(false);
