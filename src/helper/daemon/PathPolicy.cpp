@@ -1,5 +1,6 @@
 #include "helper/daemon/PathPolicy.h"
 
+#include "common/LocalPath.h"
 #include "platform/UserHome.h"
 
 #include <QDir>
@@ -56,7 +57,7 @@ std::optional<QString> PathPolicy::refuseOwnership(
 
 std::optional<QString> PathPolicy::refuseRead(const QString& path) const
 {
-    if (!QDir::isAbsolutePath(path))
+    if (!QDir::isAbsolutePath(path) || !LocalPath::encode(path))
         return QStringLiteral("%1 is not a full path.").arg(path);
     // Checked as written and with every link resolved, so a link cannot lead the reading there either.
     const QString cleaned = QDir::cleanPath(path);

@@ -1,8 +1,10 @@
 #include "helper/daemon/SystemControl.h"
 
+#include "common/LocalPath.h"
 #include "helper/daemon/CommandRunner.h"
 #include "helper/daemon/HelperOperations.h"
 #include "platform/FileAccess.h"
+#include "platform/FolderHandle.h"
 #include "platform/ProcessControl.h"
 
 #include <QDir>
@@ -12,8 +14,6 @@
 
 #include <csignal>
 #include <cstring>
-#include <pwd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -112,28 +112,29 @@ QJsonObject createMountpoint(const QString& mountRoot, const QString& name, qint
 {
     if (uid < 0 || (callerUid != 0 && uid != callerUid))
         return mountError(QStringLiteral("A mount point can only be made for yourself."));
-    const QByteArray encoded = QFile::encodeName(name);
-    if (encoded.isEmpty() || encoded.size() > 255 || name.startsWith(QLatin1Char('.'))
+    const auto encoded = LocalPath::encode(name);
+    if (!encoded || encoded->isEmpty() || encoded->size() > 255 || name.startsWith(QLatin1Char('.'))
         || name.contains(QLatin1Char('/'))
         || std::any_of(name.cbegin(), name.cend(), [](QChar c) { return c.category() == QChar::Other_Control; }))
         return mountError(QStringLiteral("“%1” can’t be the name of a mount point.").arg(name));
 
+    // The folder is made and handed over through descriptors, inside a folder only root may change, so
+    // nothing swapped in meanwhile can be given away instead.
     QDir().mkpath(mountRoot);
-    const QByteArray path = QFile::encodeName(mountRoot) + '/' + encoded;
-    struct stat existing { };
-    if (::lstat(path.constData(), &existing) == 0) {
+    const auto rootPath = LocalPath::encode(mountRoot);
+    const auto root = rootPath ? FolderHandle::open(*rootPath) : std::nullopt;
+    const auto rootStatus = root ? root->status() : std::nullopt;
+    if (!rootStatus || rootStatus->uid != 0 || (rootStatus->mode & 022))
+        return mountError(QStringLiteral("%1 can’t hold mount points — it must be a folder that only root may change.")
+                              .arg(mountRoot));
+    const QString path = mountRoot + QLatin1Char('/') + name;
+    if (const auto existing = root->childStatus(*encoded)) {
         // An empty folder of this user left by an earlier mount is taken as it is.
-        if (S_ISDIR(existing.st_mode) && existing.st_uid == uid && QDir(QFile::decodeName(path)).isEmpty())
-            return {{QStringLiteral("path"), QFile::decodeName(path)}};
-        return mountError(QStringLiteral("Something else is already at %1.").arg(QFile::decodeName(path)));
+        if (existing->isDirectory() && existing->uid == uid && QDir(path).isEmpty())
+            return {{QStringLiteral("path"), path}};
+        return mountError(QStringLiteral("Something else is already at %1.").arg(path));
     }
-    if (::mkdir(path.constData(), 0700) != 0)
+    if (!root->openOwnedChild(*encoded, unsigned(uid)))
         return mountError(systemErrorSentence(errno));
-    const passwd* account = ::getpwuid(uid_t(uid));
-    if (::chown(path.constData(), uid_t(uid), account ? account->pw_gid : gid_t(uid)) != 0) {
-        const int error = errno;
-        ::rmdir(path.constData());
-        return mountError(systemErrorSentence(error));
-    }
-    return {{QStringLiteral("path"), QFile::decodeName(path)}};
+    return {{QStringLiteral("path"), path}};
 }
