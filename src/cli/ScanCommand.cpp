@@ -7,6 +7,7 @@
 #include "common/StoragePaths.h"
 #include "platform/Terminal.h"
 #include "removal/AuditLog.h"
+#include "removal/TrashTexts.h"
 #include "removal/Trasher.h"
 #include "scan/RunningMonitor.h"
 #include "scan/ScanTexts.h"
@@ -158,5 +159,10 @@ int runScanCommand(CommandContext& context)
         context.out << QString::fromUtf8(trashResultJson(result)) << '\n';
     else
         printRemoval(result, context.out);
+    if (const auto& problem = audit.lastSaveProblem()) {
+        context.err << QStringLiteral("velloru scan: ") << TrashTexts::notRecorded(result.succeeded.size(), *problem)
+                    << '\n';
+        return 1;
+    }
     return result.failed.isEmpty() ? 0 : 1;
 }

@@ -14,6 +14,7 @@
 #include "removal/TrashRecovery.h"
 #include "removal/TrashRequests.h"
 #include "removal/TrashResultJson.h"
+#include "removal/TrashTexts.h"
 #include "removal/Trasher.h"
 
 namespace {
@@ -66,16 +67,8 @@ int runTrashCommand(CommandContext& context)
                            .arg(result.failed.size());
     }
     if (const auto& problem = log.lastSaveProblem()) {
-        if (result.succeeded.isEmpty())
-            context.err << QStringLiteral("velloru trash: Velloru couldn’t record this in its Activity log — %1\n")
-                               .arg(*problem);
-        else
-            context.err << QStringLiteral("velloru trash: %1 moved to the Trash, but Velloru couldn’t record it in "
-                                          "its Activity log — %2 Your file manager can still put it back.\n")
-                               .arg(result.succeeded.size() == 1
-                                       ? QStringLiteral("1 item was")
-                                       : QStringLiteral("%1 items were").arg(result.succeeded.size()),
-                                   *problem);
+        context.err << QStringLiteral("velloru trash: ") << TrashTexts::notRecorded(result.succeeded.size(), *problem)
+                    << '\n';
         return 1;
     }
     return result.failed.isEmpty() ? 0 : 1;

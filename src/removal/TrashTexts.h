@@ -81,6 +81,17 @@ inline QString doesNotExist()
     return QStringLiteral("It doesn’t exist — check the name.");
 }
 
+// When the Activity log could not be saved after a removal: the items moved all the same.
+inline QString notRecorded(qsizetype moved, const QString& problem)
+{
+    if (moved == 0)
+        return QStringLiteral("Velloru couldn’t record this in its Activity log — ") + problem;
+    return QStringLiteral("%1 moved to the Trash, but Velloru couldn’t record %2 in its Activity log — %3 Your file "
+                          "manager can still put %2 back.")
+        .arg(moved == 1 ? QStringLiteral("1 item was") : QStringLiteral("%1 items were").arg(moved),
+            moved == 1 ? QStringLiteral("it") : QStringLiteral("them"), problem);
+}
+
 // The empty-Trash card's warnings.
 inline QString emptyWarningWithVolumes()
 {

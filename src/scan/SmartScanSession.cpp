@@ -115,6 +115,11 @@ void SmartScanSession::setSelection(ScanSelection selection)
     Q_EMIT selectionChanged();
 }
 
+const std::optional<QString>& SmartScanSession::recordProblem() const
+{
+    return m_audit.lastSaveProblem();
+}
+
 void SmartScanSession::clean()
 {
     if (m_task || !std::holds_alternative<ScanPhase::Results>(m_phase))

@@ -35,6 +35,8 @@ public:
     const ScanSelection& selection() const { return m_selection; }
     // The last removal's outcome, for the failures it lists.
     const std::optional<TrashResult>& lastRemoval() const { return m_lastRemoval; }
+    // Why the last clean could not be written to the Activity log, when it could not.
+    const std::optional<QString>& recordProblem() const;
     // The live progress of the scan under way; the screen samples it on a timer.
     ScanPulse::Snapshot pulse() const;
 

@@ -1,6 +1,7 @@
 #include "ui/SmartScanPanel.h"
 
 #include "common/ByteCount.h"
+#include "removal/TrashTexts.h"
 #include "scan/SmartScanSession.h"
 #include "scan/SmartScanTexts.h"
 #include "ui/ReviewList.h"
@@ -139,6 +140,8 @@ void SmartScanPanel::showPhase()
     if (const auto* finished = std::get_if<ScanPhase::Done>(&phase)) {
         m_done->setText(SmartScanTexts::removalSummary(finished->itemsMoved, finished->bytesFreed));
         QStringList failures;
+        if (const auto& problem = m_session.recordProblem())
+            failures << TrashTexts::notRecorded(finished->itemsMoved, *problem);
         if (const auto& removal = m_session.lastRemoval())
             for (const TrashFailure& failure : removal->failed)
                 failures << QStringLiteral("Not moved: %1 — %2").arg(failure.path, failure.reason);
