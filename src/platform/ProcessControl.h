@@ -22,3 +22,10 @@ bool isKernelThread(int pid, const QString& procRoot = QStringLiteral("/proc"));
 // Each answers 0 on success, otherwise the error number.
 int sendSignal(int pid, int signal);
 int setNiceValue(int pid, int nice);
+
+class QProcess;
+// Makes the process, once started, the leader of a process group of its own, so that whatever it starts
+// can be stopped with it.
+void startInGroupOfItsOwn(QProcess& process);
+// Sends `signal` to every process of the group that `leader` leads. 0 or the error number.
+int signalGroup(qint64 leader, int signal);

@@ -78,12 +78,16 @@ inline std::optional<QJsonObject> requestAs(
 // systemctl, and its mount points made in the test's folder.
 class HelperDaemonTest : public ::testing::Test {
 protected:
+    // How long the helper lets a task run.
+    virtual QString taskTimeoutSeconds() const { return QStringLiteral("20"); }
+
     void SetUp() override
     {
         QFile::setPermissions(tree.path(), QFileDevice::Permissions(0x7755));
         tree.write(QStringLiteral("tasks.json"),
             R"({"hang": [["sleep", "30"]], "slow": [["sleep", "2"]], "quick": [["true"]], "broken": [["false"]],
-                "twoSteps": [["true", "first"], ["true", "second"]]})");
+                "twoSteps": [["true", "first"], ["true", "second"]],
+                "forks": [["sh", "-c", "sleep 31.7 & sleep 31.7"]]})");
         // systemctl is a stand-in that writes down how it was called.
         const QString log = tree.path(QStringLiteral("systemctl.log"));
         tree.write(QStringLiteral("bin/systemctl"), "#!/bin/sh\necho \"$@\" >> '" + QFile::encodeName(log) + "'\n");
@@ -96,7 +100,7 @@ protected:
         daemon.setProcessChannelMode(QProcess::MergedChannels);
         daemon.start(QStringLiteral(VELLORU_HELPER_BINARY),
             {QStringLiteral("--socket"), socketPath, QStringLiteral("--tasks"), tree.path(QStringLiteral("tasks.json")),
-                QStringLiteral("--task-timeout"), QStringLiteral("20"), QStringLiteral("--request-time-limit"),
+                QStringLiteral("--task-timeout"), taskTimeoutSeconds(), QStringLiteral("--request-time-limit"),
                 QStringLiteral("1"), QStringLiteral("--allow-uid"), QStringLiteral("65534"),
                 QStringLiteral("--mount-root"), tree.path(QStringLiteral("mnt"))});
         ASSERT_TRUE(daemon.waitForStarted());

@@ -254,3 +254,33 @@ TEST_F(HelperDaemonTest, ARequestCannotForgeALogLine)
     }
     EXPECT_EQ(requests, 3);
 }
+
+namespace {
+
+// The helper with a one-second limit per task.
+class HelperDaemonQuickLimitTest : public HelperDaemonTest {
+protected:
+    QString taskTimeoutSeconds() const override { return QStringLiteral("1"); }
+};
+
+bool anyProcessRuns(const QByteArray& commandLine)
+{
+    for (const QString& pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs))
+        if (readWholeFile(QStringLiteral("/proc/%1/cmdline").arg(pid)) == commandLine)
+            return true;
+    return false;
+}
+
+} // namespace
+
+TEST_F(HelperDaemonQuickLimitTest, ATaskPastItsLimitFailsAndLeavesNoProcessBehind)
+{
+    // The task starts a process of its own and waits: both go at the limit.
+    const TaskResult result = runTask(QStringLiteral("forks"), 10s);
+    EXPECT_FALSE(result.success);
+    EXPECT_EQ(result.message, QStringLiteral("sh didn’t finish in time."));
+    QTest::qWait(300);
+    EXPECT_FALSE(anyProcessRuns(QByteArray("sleep\0"
+                                           "31.7\0",
+        11)));
+}

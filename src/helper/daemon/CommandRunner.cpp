@@ -1,7 +1,11 @@
 #include "helper/daemon/CommandRunner.h"
 
+#include "platform/ProcessControl.h"
+
 #include <QProcess>
 #include <QStandardPaths>
+
+#include <csignal>
 
 CommandOutcome runCommand(const QStringList& command, std::chrono::seconds timeout)
 {
@@ -10,9 +14,11 @@ CommandOutcome runCommand(const QStringList& command, std::chrono::seconds timeo
         return {};
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
+    // A tool may start helpers of its own; at the time limit they go with it.
+    startInGroupOfItsOwn(process);
     process.start(program, command.mid(1));
     if (!process.waitForFinished(int(std::chrono::milliseconds(timeout).count()))) {
-        process.kill();
+        signalGroup(process.processId(), SIGKILL);
         process.waitForFinished(2000);
         return {true, false, QStringLiteral("%1 didn’t finish in time").arg(command.first())};
     }

@@ -2,10 +2,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 
 #include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -72,4 +74,14 @@ int sendSignal(int pid, int signal)
 int setNiceValue(int pid, int nice)
 {
     return ::setpriority(PRIO_PROCESS, id_t(pid), nice) == 0 ? 0 : errno;
+}
+
+void startInGroupOfItsOwn(QProcess& process)
+{
+    process.setChildProcessModifier([] { ::setpgid(0, 0); });
+}
+
+int signalGroup(qint64 leader, int signal)
+{
+    return leader > 0 && ::kill(-pid_t(leader), signal) == 0 ? 0 : errno;
 }
