@@ -46,15 +46,6 @@ std::string childPath(std::string_view parent, std::string_view name)
     return path;
 }
 
-EntryType typeFromStatus(const FileStatus& status)
-{
-    if (status.isRegular())
-        return EntryType::regular;
-    if (status.isDirectory())
-        return EntryType::directory;
-    return status.isSymlink() ? EntryType::symlink : EntryType::other;
-}
-
 FileRecord recordFrom(const FileStatus& status)
 {
     FileRecord record;
@@ -131,7 +122,7 @@ DirectoryFindings readDirectory(
             status = statusAt(reader->fd(), name);
             if (!status)
                 continue; // vanished since the listing
-            type = typeFromStatus(*status);
+            type = entryTypeOf(*status);
         }
         if (type == EntryType::regular)
             decideFile(*status, entry.name, options, findings);
