@@ -2,6 +2,8 @@
 
 #include "app/UserDefaults.h"
 #include "cli/Commands.h"
+#include "cli/WindowOptions.h"
+#include "common/LocalPath.h"
 
 #include <QCoreApplication>
 
@@ -58,6 +60,24 @@ void printHelp(QTextStream& out)
     out << "\n  help       Shows this text.\n  --version  Shows the version.\n";
 }
 
+// The arguments exactly as given: a name that isn't valid UTF-8 has no exact text form, so it is refused with
+// a sentence on `err` rather than turned into the name of some other file.
+std::optional<QStringList> decodedArguments(int argc, char** argv, QTextStream& err)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        const std::optional<QString> argument = LocalPath::decode(argv[i]);
+        if (!argument) {
+            err << QStringLiteral("velloru: the argument “%1” isn’t valid UTF-8 — rename the file or folder so that "
+                                  "its name is, then try again.\n")
+                       .arg(LocalPath::printable(argv[i]));
+            return std::nullopt;
+        }
+        arguments.append(*argument);
+    }
+    return arguments;
+}
+
 } // namespace
 
 bool takeFlag(QStringList& arguments, const QString& flag)
@@ -70,7 +90,8 @@ bool isCommandLineInvocation(int argc, char** argv)
     if (argc < 2)
         return false;
     const char* first = argv[1];
-    return first[0] != '-' || std::strcmp(first, "--help") == 0 || std::strcmp(first, "--version") == 0;
+    return first[0] != '-' || std::strcmp(first, "--help") == 0 || std::strcmp(first, "--version") == 0
+        || readWindowArguments(argc, argv).unknown;
 }
 
 int runCommandLine(int argc, char** argv)
@@ -80,8 +101,10 @@ int runCommandLine(int argc, char** argv)
     QTextStream out(stdout);
     QTextStream err(stderr);
 
-    QStringList arguments = QCoreApplication::arguments().mid(1);
-    const QString name = arguments.takeFirst();
+    std::optional<QStringList> arguments = decodedArguments(argc, argv, err);
+    if (!arguments)
+        return 2;
+    const QString name = arguments->takeFirst();
     if (name == QLatin1String("help") || name == QLatin1String("--help")) {
         printHelp(out);
         return 0;
@@ -90,9 +113,17 @@ int runCommandLine(int argc, char** argv)
         out << "Velloru " << QCoreApplication::applicationVersion() << '\n';
         return 0;
     }
+    if (name.startsWith(QLatin1Char('-'))) {
+        // Only Qt's own options may come before a command; anything else is a mistake, not a window to open.
+        const std::optional<std::string_view> unknown = readWindowArguments(argc, argv).unknown;
+        err << QStringLiteral("velloru: “%1” is neither a command nor an option of the window — run “velloru "
+                              "help” to see the commands, and put a command’s options after it.\n")
+                   .arg(QString::fromUtf8(unknown.value_or(argv[1])));
+        return 2;
+    }
     for (const Command& command : commands) {
         if (name == QLatin1String(command.name)) {
-            CommandContext context{arguments, out, err};
+            CommandContext context{*arguments, out, err};
             return command.run(context);
         }
     }
