@@ -60,6 +60,18 @@ void printHelp(QTextStream& out)
     out << "\n  help       Shows this text.\n  --version  Shows the version.\n";
 }
 
+// The options of a command line are the arguments before the first "--"; `end` is where they stop.
+qsizetype optionsEnd(const QStringList& arguments)
+{
+    const qsizetype end = arguments.indexOf(QStringLiteral("--"));
+    return end < 0 ? arguments.size() : end;
+}
+
+bool isOption(const QString& argument)
+{
+    return argument.size() > 1 && argument.startsWith(QLatin1Char('-'));
+}
+
 // The arguments exactly as given: a name that isn't valid UTF-8 has no exact text form, so it is refused with
 // a sentence on `err` rather than turned into the name of some other file.
 std::optional<QStringList> decodedArguments(int argc, char** argv, QTextStream& err)
@@ -82,7 +94,53 @@ std::optional<QStringList> decodedArguments(int argc, char** argv, QTextStream& 
 
 bool takeFlag(QStringList& arguments, const QString& flag)
 {
-    return arguments.removeAll(flag) > 0;
+    bool taken = false;
+    for (qsizetype i = optionsEnd(arguments) - 1; i >= 0; --i) {
+        if (arguments[i] == flag) {
+            arguments.removeAt(i);
+            taken = true;
+        }
+    }
+    return taken;
+}
+
+std::optional<QString> takeValue(QStringList& arguments, const QString& option)
+{
+    const QString joined = option + QLatin1Char('=');
+    for (qsizetype i = 0; i < optionsEnd(arguments); ++i) {
+        if (arguments[i].startsWith(joined))
+            return arguments.takeAt(i).mid(joined.size());
+        if (arguments[i] == option) {
+            arguments.removeAt(i);
+            return i < optionsEnd(arguments) ? arguments.takeAt(i) : QString();
+        }
+    }
+    return std::nullopt;
+}
+
+Operands operands(const QStringList& arguments)
+{
+    const qsizetype end = optionsEnd(arguments);
+    Operands left;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        if (i == end)
+            continue; // the "--" itself
+        if (i > end || !isOption(arguments[i]))
+            left.names.append(arguments[i]);
+        else if (!left.unknownOption)
+            left.unknownOption = arguments[i];
+    }
+    return left;
+}
+
+std::optional<QString> leftoverArgument(const QStringList& arguments, const QString& options)
+{
+    const Operands left = operands(arguments);
+    if (left.unknownOption)
+        return QStringLiteral("unknown option “%1” — %2.").arg(*left.unknownOption, options);
+    if (!left.names.isEmpty())
+        return QStringLiteral("unknown argument “%1” — %2.").arg(left.names.first(), options);
+    return std::nullopt;
 }
 
 bool isCommandLineInvocation(int argc, char** argv)

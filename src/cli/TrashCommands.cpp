@@ -24,7 +24,14 @@ const QString trashFeature = QStringLiteral("Trash");
 int runTrashCommand(CommandContext& context)
 {
     const bool json = takeFlag(context.arguments, QStringLiteral("--json"));
-    if (context.arguments.isEmpty()) {
+    const Operands paths = operands(context.arguments);
+    if (paths.unknownOption) {
+        context.err << QStringLiteral("velloru trash: unknown option “%1” — the only option is --json; put “--” "
+                                      "before a name that begins with a dash.\n")
+                           .arg(*paths.unknownOption);
+        return 2;
+    }
+    if (paths.names.isEmpty()) {
         context.err << "velloru trash: name at least one file or folder to move to the Trash.\n";
         return 2;
     }
@@ -36,7 +43,7 @@ int runTrashCommand(CommandContext& context)
     HelperTrash helperTrash(
         HelperProtocol::socketPath(), [&helper] { return helper.state() == HelperManager::State::ready; },
         homeTrashPath());
-    const TrashResult result = Trasher(&helperTrash).moveToTrash(TrashRequests::measured(context.arguments));
+    const TrashResult result = Trasher(&helperTrash).moveToTrash(TrashRequests::measured(paths.names));
     recordTrashResult(log, trashFeature, result);
 
     if (json) {
@@ -57,17 +64,18 @@ int runTrashCommand(CommandContext& context)
 
 int runPutBackCommand(CommandContext& context)
 {
-    if (context.arguments.size() != 1) {
+    const Operands given = operands(context.arguments);
+    if (given.unknownOption || given.names.size() != 1) {
         context.err << "velloru put-back: name one activity entry — its id, or the start of it, as “velloru "
                        "activity” shows.\n";
         return 2;
     }
     AuditLog log(StoragePaths::dataFolder());
-    const auto entry = TrashRequests::findEntry(log, context.arguments.first());
+    const auto entry = TrashRequests::findEntry(log, given.names.first());
     if (!entry) {
         context.err << QStringLiteral("velloru put-back: no single activity entry has the id “%1” — run “velloru "
                                       "activity” to see them.\n")
-                           .arg(context.arguments.first());
+                           .arg(given.names.first());
         return 2;
     }
     if (const auto failure = TrashRecovery::putBack(log, *entry)) {
@@ -81,9 +89,8 @@ int runPutBackCommand(CommandContext& context)
 int runTrashSummaryCommand(CommandContext& context)
 {
     const bool json = takeFlag(context.arguments, QStringLiteral("--json"));
-    if (!context.arguments.isEmpty()) {
-        context.err << QStringLiteral("velloru trash-summary: unknown argument “%1” — the only option is --json.\n")
-                           .arg(context.arguments.first());
+    if (const auto problem = leftoverArgument(context.arguments, QStringLiteral("the only option is --json"))) {
+        context.err << QStringLiteral("velloru trash-summary: %1\n").arg(*problem);
         return 2;
     }
     const TrashLocations::Summary summary = TrashLocations::summarize();

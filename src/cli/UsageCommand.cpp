@@ -23,29 +23,27 @@ struct UsageOptions {
 std::optional<UsageOptions> parseOptions(CommandContext& context)
 {
     UsageOptions options;
-    bool pathGiven = false;
-    const QStringList& arguments = context.arguments;
-    for (qsizetype i = 0; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        if (argument == QLatin1String("--json")) {
-            options.json = true;
-        } else if (argument == QLatin1String("--depth")) {
-            bool ok = false;
-            options.depth = i + 1 < arguments.size() ? arguments[++i].toInt(&ok) : 0;
-            if (!ok || options.depth < 1) {
-                context.err << "velloru usage: --depth needs a whole number of at least 1.\n";
-                return std::nullopt;
-            }
-        } else if (!argument.startsWith(QLatin1Char('-')) && !pathGiven) {
-            options.path = argument;
-            pathGiven = true;
-        } else {
-            context.err << QStringLiteral("velloru usage: unknown option “%1” — the options are --depth N and "
-                                          "--json.\n")
-                               .arg(argument);
+    options.json = takeFlag(context.arguments, QStringLiteral("--json"));
+    if (const std::optional<QString> depth = takeValue(context.arguments, QStringLiteral("--depth"))) {
+        bool ok = false;
+        options.depth = depth->toInt(&ok);
+        if (!ok || options.depth < 1) {
+            context.err << "velloru usage: --depth needs a whole number of at least 1.\n";
             return std::nullopt;
         }
     }
+    const Operands left = operands(context.arguments);
+    if (left.unknownOption) {
+        context.err << QStringLiteral("velloru usage: unknown option “%1” — the options are --depth N and --json.\n")
+                           .arg(*left.unknownOption);
+        return std::nullopt;
+    }
+    if (left.names.size() > 1) {
+        context.err << "velloru usage: name one folder — usage measures one folder at a time.\n";
+        return std::nullopt;
+    }
+    if (!left.names.isEmpty())
+        options.path = left.names.first();
     return options;
 }
 

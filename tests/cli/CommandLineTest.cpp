@@ -4,6 +4,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 namespace {
 
@@ -71,4 +73,33 @@ TEST(CommandLine, WithoutADisplayTheWindowIsNotTriedAndTheCommandsAreSuggested)
     EXPECT_EQ(run.err,
         QStringLiteral("velloru: there is no display to open the window on — run a command instead, such as "
                        "“velloru scan” (“velloru help” lists them).\n"));
+}
+
+TEST(CommandLine, DoubleDashEndsTheOptionsInEveryCommand)
+{
+    FixtureTree tree;
+    tree.write(QStringLiteral("-file"), "dash");
+    tree.write(QStringLiteral("--json"), "json");
+    tree.write(QStringLiteral("-folder/inside"), QByteArray(5000, 'x'));
+
+    const CommandRun refused = runInShell(QStringLiteral("cd \"$1\" && exec \"$0\" trash -file"), tree);
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_TRUE(refused.err.contains(QStringLiteral("unknown option “-file”"))) << refused.err.toStdString();
+    EXPECT_TRUE(trashed(tree).isEmpty());
+
+    const CommandRun both = runInShell(QStringLiteral("cd \"$1\" && exec \"$0\" trash -- -file --json"), tree);
+    EXPECT_EQ(both.status, 0) << both.out.toStdString() << both.err.toStdString();
+    EXPECT_TRUE(both.out.contains(QStringLiteral("2 moved"))) << "--json after -- is a name, so no JSON";
+    QStringList expected = {QStringLiteral("--json"), QStringLiteral("-file")};
+    EXPECT_EQ(trashed(tree), expected);
+
+    const CommandRun usage = runInShell(QStringLiteral("cd \"$1\" && exec \"$0\" usage --json -- -folder"), tree);
+    ASSERT_EQ(usage.status, 0) << usage.err.toStdString();
+    EXPECT_EQ(QJsonDocument::fromJson(usage.out.toUtf8()).object().value(QStringLiteral("path")).toString(),
+        tree.path(QStringLiteral("-folder")));
+
+    const CommandRun activity = runVelloru({QStringLiteral("activity"), QStringLiteral("--"), QStringLiteral("--json")},
+        {{QStringLiteral("XDG_DATA_HOME"), tree.path(QStringLiteral("data"))}});
+    EXPECT_EQ(activity.status, 2);
+    EXPECT_TRUE(activity.err.contains(QStringLiteral("unknown argument “--json”"))) << activity.err.toStdString();
 }

@@ -78,4 +78,8 @@ TEST(UsageCommand, RejectsAMissingFolderAndUnknownOptions)
 
     EXPECT_EQ(usage({QStringLiteral("--fast")}).status, 2);
     EXPECT_EQ(usage({QStringLiteral("--depth"), QStringLiteral("0")}).status, 2);
+
+    const CommandRun two = usage({tree.path(), tree.path()});
+    EXPECT_EQ(two.status, 2);
+    EXPECT_EQ(two.err, QStringLiteral("velloru usage: name one folder — usage measures one folder at a time.\n"));
 }
