@@ -93,7 +93,8 @@ QByteArray itemsJson(const QList<UsageItem>& items, qint64 total, int depth, int
             .add(u"path", item.path)
             .add(u"bytes", item.bytes)
             .add(u"share", shareOf(item.bytes, total))
-            .add(u"fileCount", item.fileCount);
+            .add(u"fileCount", item.fileCount)
+            .add(u"exactPath", item.exactPath);
         if (level + 1 < depth && item.canOpen())
             object.addRaw(u"items", itemsJson(itemsOf(*item.node), total, depth, level + 1).trimmed());
         elements.append(object.finish());
@@ -118,9 +119,10 @@ int runUsageCommand(CommandContext& context)
     const std::optional<UsageOptions> options = parseOptions(context);
     if (!options)
         return 2;
-    const std::optional<QString> root = resolveWalkRoot(options->path);
+    const ResolvedRoot resolved = resolveWalkRoot(options->path);
+    const std::optional<QString>& root = resolved.path;
     if (!root) {
-        context.err << UsageTexts::noSuchFolder(options->path) << '\n';
+        context.err << resolved.failure << '\n';
         return 1;
     }
 

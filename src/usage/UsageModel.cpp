@@ -24,9 +24,10 @@ bool UsageModel::measure(const QString& path)
     m_progress = {};
     m_scanning.clear();
     m_counters = {};
-    const std::optional<QString> root = resolveWalkRoot(path);
+    const ResolvedRoot resolved = resolveWalkRoot(path);
+    const std::optional<QString>& root = resolved.path;
     m_rootPath = root.value_or(path);
-    m_failure = root ? QString() : UsageTexts::noSuchFolder(path);
+    m_failure = resolved.failure;
     if (!root) {
         Q_EMIT itemsChanged();
         return false;

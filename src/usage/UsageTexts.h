@@ -8,9 +8,16 @@ namespace UsageTexts {
 
 inline const QString allocatedNote = QStringLiteral("Sizes are allocated bytes on disk.");
 inline const QString filesInFolder = QStringLiteral("Files in this folder");
+inline const QString inexactName = QStringLiteral(
+    "This name isn’t valid UTF-8, so Velloru can’t be sure which item it names — rename it to move it to the Trash.");
 inline QString noSuchFolder(const QString& path)
 {
     return QStringLiteral("There is no folder at “%1” — check the path and try again.").arg(path);
+}
+inline QString badFolderName(const QString& printablePath)
+{
+    return QStringLiteral("Velloru can’t measure “%1” — its name isn’t valid UTF-8; rename it and try again.")
+        .arg(printablePath);
 }
 inline QString cannotExamine(const QString& path)
 {

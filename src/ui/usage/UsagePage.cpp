@@ -241,8 +241,9 @@ void UsagePage::showDetails()
     const std::optional<UsageItem> selected = selectedItem();
     m_open->setEnabled(selected && selected->canOpen());
     m_reveal->setEnabled(!m_model.rootPath().isEmpty() && m_model.failure().isEmpty());
-    m_trash->setEnabled(
-        m_moveToTrash && selected && selected->kind != UsageItem::Kind::files && !m_model.isMeasuring());
+    m_trash->setEnabled(m_moveToTrash && selected && selected->canMoveToTrash() && !m_model.isMeasuring());
+    if (m_moveToTrash)
+        m_trash->setToolTip(selected && !selected->exactPath ? UsageTexts::inexactName : QString());
 }
 
 void UsagePage::openItem(int index)
@@ -264,7 +265,7 @@ void UsagePage::revealSelected()
 void UsagePage::trashSelected()
 {
     const std::optional<UsageItem> selected = selectedItem();
-    if (!selected || !m_moveToTrash)
+    if (!selected || !selected->canMoveToTrash() || !m_moveToTrash)
         return;
     QMessageBox confirm(QMessageBox::Question, QStringLiteral("Move to Trash"),
         QStringLiteral("Move “%1” to the Trash?").arg(selected->name), QMessageBox::Cancel, this);
