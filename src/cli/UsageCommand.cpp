@@ -148,13 +148,19 @@ int runUsageCommand(CommandContext& context)
 
     const qint64 total = checkedAdd(last->measuredTotal, last->rootFileBytes);
     const QList<UsageItem> items = itemsOf(*last, *root);
+    const std::vector<std::string>& unreadable = last->unreadableFolders;
     if (options->json) {
+        QList<QByteArray> unreadableJson;
+        for (const std::string& folder : unreadable)
+            unreadableJson.append(jsonString(fromFileName(folder)));
         const QByteArray json = JsonObjectWriter()
                                     .add(u"path", *root)
                                     .add(u"total", total)
                                     .add(u"rootFileBytes", qint64(last->rootFileBytes))
                                     .add(u"rootFileCount", qint64(last->rootFileCount))
                                     .addRaw(u"items", itemsJson(items, total, options->depth, 0).trimmed())
+                                    .addRaw(u"unreadableFolders",
+                                        unreadable.empty() ? QByteArray("[]") : jsonArray(unreadableJson).trimmed())
                                     .finish();
         context.out << QString::fromUtf8(json) << '\n';
         return 0;
@@ -165,5 +171,8 @@ int runUsageCommand(CommandContext& context)
     addRows(table, items, total, options->depth, 0);
     table.print(context.out);
     context.out << QStringLiteral("\nTotal %1 in %2 · %3\n").arg(formatBytes(total), *root, UsageTexts::allocatedNote);
+    if (!unreadable.empty())
+        context.out << UsageTexts::unreadableFolders(qsizetype(unreadable.size()), fromFileName(unreadable.front()))
+                    << '\n';
     return 0;
 }

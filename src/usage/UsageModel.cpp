@@ -105,6 +105,14 @@ void UsageModel::sampleCounters()
     Q_EMIT progressChanged();
 }
 
+QString UsageModel::unreadableNote() const
+{
+    const std::vector<std::string>& unreadable = m_progress.unreadableFolders;
+    return unreadable.empty()
+        ? QString()
+        : UsageTexts::unreadableFolders(qsizetype(unreadable.size()), fromFileName(unreadable.front()));
+}
+
 QString UsageModel::shownPath() const
 {
     return m_opened.empty() ? m_rootPath : fromFileName(m_opened.back()->path);

@@ -212,6 +212,22 @@ TEST(FastWalk, UnreadableFoldersContributeNothingAndLeftOutPathsAreSkipped)
     EXPECT_FALSE(findNode(last, tree.path("open/skipped-too")));
     EXPECT_EQ(findNode(last, tree.path("open"))->directFileCount, 1);
     EXPECT_LT(last.measuredTotal, 100'000);
+    EXPECT_EQ(last.unreadableFolders,
+        std::vector<std::string>({toFileName(tree.path("lockedtop")), toFileName(tree.path("open/locked"))}));
+}
+
+TEST(FastWalk, ARootThatCannotBeListedEndsTheStreamWithoutAnAnswer)
+{
+    FixtureTree tree;
+    writeFileOfSize(tree.path("locked/secret"), 500'000);
+    ASSERT_TRUE(QFile::setPermissions(tree.path("locked"), {}));
+    std::vector<Progress> values;
+    {
+        const FileAccessChecksEnforced checks;
+        values = walkAll(tree.path("locked"));
+    }
+    QFile::setPermissions(tree.path("locked"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    EXPECT_TRUE(values.empty()) << "the folder's own blocks alone would pass for a measured folder";
 }
 
 TEST(FastWalk, NamesThatAreNotUtf8AreMeasuredShownEscapedAndNeverOfferedForRemoval)

@@ -206,6 +206,8 @@ void UsagePage::showProgress()
             QStringLiteral("Measuring%1… %2 folders, %3 so far")
                 .arg(m_model.scanning().isEmpty() ? QString() : QStringLiteral(" “%1”").arg(m_model.scanning()),
                     folders, formatBytes(counters.bytesCounted)));
+    else if (m_model.isComplete() && !m_model.unreadableNote().isEmpty())
+        m_status->setText(QStringLiteral("%1 folders measured. %2").arg(folders, m_model.unreadableNote()));
     else if (m_model.isComplete())
         m_status->setText(QStringLiteral("%1 folders measured").arg(folders));
     else if (!m_model.rootPath().isEmpty())
