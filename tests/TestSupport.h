@@ -13,6 +13,9 @@
 class FixtureTree {
 public:
     FixtureTree();
+    // Removes the tree by its names' bytes, which QTemporaryDir, going by text, cannot do for a name that
+    // isn't valid UTF-8.
+    ~FixtureTree();
     QString path(const QString& relative = {}) const;
     // Writes a file (parents created) and returns its absolute path.
     QString write(const QString& relative, const QByteArray& content);
@@ -67,6 +70,11 @@ private:
 
 QByteArray readWholeFile(const QString& path);
 
+// File names are bytes, and these take them as bytes, so a test can make names that aren't valid UTF-8
+// (which no QString can name exactly). Parent folders must exist. True on success.
+bool writeFileNamedBytes(const QByteArray& path, const QByteArray& content);
+bool makeFolderNamedBytes(const QByteArray& path);
+
 // One run of the velloru program as a child process.
 struct CommandRun {
     int status = -1;
@@ -76,3 +84,6 @@ struct CommandRun {
 
 // Runs build/velloru with these arguments and extra environment variables, waiting up to two minutes.
 CommandRun runVelloru(const QStringList& arguments, const QList<QPair<QString, QString>>& environment = {});
+// The same for any program (a shell or a wrapper that starts velloru).
+CommandRun runProgram(
+    const QString& program, const QStringList& arguments, const QList<QPair<QString, QString>>& environment = {});

@@ -1,5 +1,6 @@
 #include "duplicates/FileInventory.h"
 
+#include "common/LocalPath.h"
 #include "common/PackageExtensions.h"
 
 #include "duplicates/InventoryRules.h"
@@ -32,8 +33,15 @@ struct DirectoryFindings {
     std::int64_t datalessSkipped = 0;
     std::int64_t packagesHalted = 0;
     std::int64_t belowFloorSkipped = 0;
+    std::int64_t badNameFilesSkipped = 0;
+    std::int64_t badNameFoldersSkipped = 0;
     bool unreadable = false;
 };
+
+bool isRepresentable(std::string_view name)
+{
+    return LocalPath::isRepresentable(QByteArrayView(name.data(), qsizetype(name.size())));
+}
 
 std::string childPath(std::string_view parent, std::string_view name)
 {
@@ -44,15 +52,6 @@ std::string childPath(std::string_view parent, std::string_view name)
         path.push_back('/');
     path.append(name);
     return path;
-}
-
-EntryType typeFromStatus(const FileStatus& status)
-{
-    if (status.isRegular())
-        return EntryType::regular;
-    if (status.isDirectory())
-        return EntryType::directory;
-    return status.isSymlink() ? EntryType::symlink : EntryType::other;
 }
 
 FileRecord recordFrom(const FileStatus& status)
@@ -82,6 +81,10 @@ void decideFile(
         ++findings.belowFloorSkipped;
         return;
     }
+    if (!isRepresentable(name)) {
+        ++findings.badNameFilesSkipped;
+        return;
+    }
     findings.records.push_back(record);
     findings.names.append(name);
     findings.nameEnds.push_back(std::uint32_t(findings.names.size()));
@@ -93,6 +96,10 @@ void decideFolder(int folderFd, const FileInventory::Job& job, std::string_view 
 {
     if (InventoryRules::isIgnoredFolderName(name))
         return;
+    if (!isRepresentable(name)) {
+        ++findings.badNameFoldersSkipped;
+        return;
+    }
     std::string path = childPath(job.path, name);
     if (InventoryRules::isExcludedPath(path, options.homePath))
         return;
@@ -131,7 +138,7 @@ DirectoryFindings readDirectory(
             status = statusAt(reader->fd(), name);
             if (!status)
                 continue; // vanished since the listing
-            type = typeFromStatus(*status);
+            type = entryTypeOf(*status);
         }
         if (type == EntryType::regular)
             decideFile(*status, entry.name, options, findings);
@@ -151,6 +158,8 @@ void merge(FileInventory::State& state, const FileInventory::Job& job, Directory
     stats.datalessSkipped += findings.datalessSkipped;
     stats.packagesHalted += findings.packagesHalted;
     stats.belowFloorSkipped += findings.belowFloorSkipped;
+    stats.badNameFilesSkipped += findings.badNameFilesSkipped;
+    stats.badNameFoldersSkipped += findings.badNameFoldersSkipped;
     if (findings.unreadable)
         ++stats.unreadableDirectories;
 
@@ -246,6 +255,10 @@ Inventory FileInventory::build(const InventoryOptions& options, const Cancelled&
         const std::string path = std::filesystem::canonical(root, error).string();
         if (error)
             continue;
+        if (!isRepresentable(path)) {
+            ++state.stats.badNameFoldersSkipped; // reached through a link to a folder with such a name
+            continue;
+        }
         const std::optional<FileStatus> status = statusAt(AT_FDCWD, path.c_str(), StatDetail::identity);
         if (!status || !status->isDirectory() || InventoryRules::isExcludedPath(path, options.homePath))
             continue;

@@ -173,4 +173,17 @@ TEST(NotScannedSummary, WordingForOneAndForTwo)
     inventory = {};
     inventory.unreadableDirectories = 2;
     EXPECT_EQ(notScannedSummary(inventory, {}), QStringLiteral("2 folders could not be opened."));
+
+    inventory = {};
+    inventory.badNameFilesSkipped = inventory.badNameFoldersSkipped = 1;
+    EXPECT_EQ(notScannedSummary(inventory, {}),
+        QStringLiteral("1 file has a name that isn’t valid UTF-8 and was left out — rename it to include it. 1 folder "
+                       "has a name that isn’t valid UTF-8 and was left out with everything in it — rename it to "
+                       "include it."));
+    inventory.badNameFilesSkipped = 3;
+    inventory.badNameFoldersSkipped = 2;
+    EXPECT_EQ(notScannedSummary(inventory, {}),
+        QStringLiteral("3 files have names that aren’t valid UTF-8 and were left out — rename them to include them. "
+                       "2 folders have names that aren’t valid UTF-8 and were left out with everything in them — "
+                       "rename them to include them."));
 }

@@ -8,6 +8,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QJsonParseError>
 
 #include <unistd.h>
 
@@ -49,6 +50,28 @@ TEST(DuplicatesCommand, PrintsEachSetWithTheKeeperFirstAndTheTickedCopies)
     const QJsonObject first = sets[0].toObject();
     EXPECT_EQ(first[QStringLiteral("contentHash")].toString().size(), 32);
     EXPECT_TRUE(first[QStringLiteral("members")].toArray()[0].toObject()[QStringLiteral("keeper")].toBool());
+}
+
+TEST(DuplicatesCommand, ANameThatIsNotUtf8IsLeftOutAndNeverTakenForTheFileNamedLikeIt)
+{
+    // "B\xff" is a copy of A; "B\xef\xbf\xbd" is a different file whose name is what "B\xff" decodes to.
+    FixtureTree tree;
+    const QByteArray copy = patternBytes(6000, 1);
+    const QString a = tree.write(QStringLiteral("A"), copy);
+    const QByteArray root = QFile::encodeName(tree.path());
+    ASSERT_TRUE(writeFileNamedBytes(root + "/B\xff", copy));
+    ASSERT_TRUE(writeFileNamedBytes(root + "/B\xef\xbf\xbd", patternBytes(6000, 2)));
+
+    const CommandRun run = runVelloru({QStringLiteral("duplicates"), QStringLiteral("--json"), tree.path()});
+    ASSERT_EQ(run.status, 0) << run.err.toStdString();
+    QJsonParseError error;
+    const QJsonObject document = QJsonDocument::fromJson(run.out.toUtf8(), &error).object();
+    ASSERT_EQ(error.error, QJsonParseError::NoError) << run.out.toStdString();
+    EXPECT_EQ(document[QStringLiteral("sets")].toArray().size(), 0) << run.out.toStdString();
+    EXPECT_EQ(document[QStringLiteral("notScanned")].toString(),
+        QStringLiteral("1 file has a name that isn’t valid UTF-8 and was left out — rename it to include it."));
+    EXPECT_FALSE(run.out.contains(QChar(0xFFFD))) << "no name stands in for a bad byte";
+    EXPECT_EQ(readWholeFile(a), copy);
 }
 
 TEST(DuplicatesCommand, BadArgumentsGetASentenceAndStatusTwo)
