@@ -11,9 +11,28 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
 
 namespace {
+
+// The real helper on a socket of its own, taken as installed by every AppState made while it lives.
+class StandInHelper : public HelperOnSocket {
+public:
+    explicit StandInHelper(const QByteArray& tasks)
+        : HelperOnSocket(tasks)
+    {
+        qputenv("VELLORU_HELPER_SOCKET", socketPath().toUtf8());
+    }
+    ~StandInHelper() { qunsetenv("VELLORU_HELPER_SOCKET"); }
+};
+
+// Presses a task's button and waits until the task has answered; false when it never did.
+bool runTask(MaintenancePage& page, const QString& task)
+{
+    QTest::mouseClick(page.buttonFor(task), Qt::LeftButton);
+    return QTest::qWaitFor([&] { return page.buttonFor(task)->isEnabled(); }, 30'000);
+}
 
 // Clicks OK on the next message box and hands back what it said.
 void readNextMessageBox(QString& text)
@@ -130,6 +149,31 @@ TEST(MaintenancePage, ExplainsPurgeableSpaceAndTheApprovalStepInTheSystemsOwnWor
                        "more prompts after that.")));
     EXPECT_EQ(page.buttonFor(QStringLiteral("thinSnapshots"))->text(), QStringLiteral("Approve"));
     saveScreenshot(page, QStringLiteral("maintenance-approve"));
+}
+
+TEST(MaintenancePage, AFailedRunStillShowsTheMeasuredChangeButLogsOnlyTheReason)
+{
+    StandInHelper helper(R"({"thinSnapshots": [["false"]], "flushDNS": [["false"]]})");
+    ASSERT_TRUE(helper.isListening()) << helper.output().toStdString();
+    AppState state;
+    MaintenancePage page(state);
+    page.show();
+    ASSERT_EQ(state.helper().state(), HelperManager::State::ready);
+
+    ASSERT_TRUE(runTask(page, QStringLiteral("thinSnapshots")));
+    const QString measured = page.resultFor(QStringLiteral("thinSnapshots"))->text();
+    EXPECT_TRUE(
+        QRegularExpression(QStringLiteral("^⚠ false failed \\(exit status 1\\)\\. [0-9.]+ (bytes|kB|MB|GB|TB) back$"))
+            .match(measured)
+            .hasMatch())
+        << measured.toStdString();
+    ASSERT_FALSE(state.audit().entries().isEmpty());
+    EXPECT_EQ(state.audit().entries().last().path, QStringLiteral("Reclaim Purgeable Space"));
+    EXPECT_EQ(state.audit().entries().last().outcome, QStringLiteral("Failed: false failed (exit status 1)."));
+
+    // A task that measures nothing shows the reason alone.
+    ASSERT_TRUE(runTask(page, QStringLiteral("flushDNS")));
+    EXPECT_EQ(page.resultFor(QStringLiteral("flushDNS"))->text(), QStringLiteral("⚠ false failed (exit status 1)."));
 }
 
 TEST(MailCard, InASandboxThatHidesTheHomeFolderItAsksForFullDiskAccessFirst)
