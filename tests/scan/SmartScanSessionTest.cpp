@@ -1,11 +1,7 @@
-#include "TestSupport.h"
+#include "SessionManagers.h"
 
-#include "apps/AppInventory.h"
-#include "removal/AuditLog.h"
 #include "removal/TrashRecovery.h"
 #include "removal/TrashTexts.h"
-#include "removal/Trasher.h"
-#include "scan/RunningMonitor.h"
 #include "scan/SmartScanSession.h"
 #include "scan/SmartScanTexts.h"
 
@@ -18,17 +14,7 @@
 namespace {
 
 // A fixture home with one installed app (vlc) and a few finds of each grade.
-struct SessionFixture {
-    FixtureTree tree;
-    FixtureTree data;
-    AuditLog audit{data.path()};
-    AppInventory inventory{[this] {
-        AppSources sources;
-        sources.applicationFolders = {tree.path(QStringLiteral("applications"))};
-        return sources;
-    }};
-    RunningMonitor running{inventory};
-    Trasher trasher;
+struct SessionFixture : SessionManagers {
     SmartScanSession session{inventory, running, trasher, audit, locations()};
 
     SessionFixture()
