@@ -1,6 +1,7 @@
 #include "TestSupport.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QMutex>
@@ -184,4 +185,28 @@ CommandRun runProgram(
         process.kill();
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
         QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+}
+
+HelperOnSocket::HelperOnSocket(const QByteArray& tasks, const QProcessEnvironment& environment)
+    : m_socket(m_tree.path(QStringLiteral("helper.sock")))
+{
+    QStringList arguments{
+        QStringLiteral("--socket"), m_socket, QStringLiteral("--allow-uid"), QString::number(::getuid())};
+    if (!tasks.isNull())
+        arguments << QStringLiteral("--tasks") << m_tree.write(QStringLiteral("tasks.json"), tasks);
+    m_daemon.setProcessEnvironment(environment);
+    m_daemon.setProcessChannelMode(QProcess::MergedChannels);
+    m_daemon.start(QStringLiteral(VELLORU_HELPER_BINARY), arguments);
+    QElapsedTimer waited;
+    waited.start();
+    // Waiting for its end a moment at a time notices a helper that gave up at once.
+    while (!QFileInfo::exists(m_socket) && m_daemon.state() != QProcess::NotRunning && waited.elapsed() < 10'000)
+        m_daemon.waitForFinished(20);
+    m_listening = QFileInfo::exists(m_socket);
+}
+
+HelperOnSocket::~HelperOnSocket()
+{
+    m_daemon.kill();
+    m_daemon.waitForFinished();
 }

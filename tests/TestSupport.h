@@ -3,11 +3,19 @@
 #include <QByteArray>
 #include <QList>
 #include <QPair>
+#include <QProcess>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
 
 #include <optional>
+#include <ostream>
+
+// Lets GoogleTest print a QString as its text in failure messages.
+inline void PrintTo(const QString& text, std::ostream* out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
 
 // A temporary folder to build fixture trees in.
 class FixtureTree {
@@ -87,3 +95,26 @@ CommandRun runVelloru(const QStringList& arguments, const QList<QPair<QString, Q
 // The same for any program (a shell or a wrapper that starts velloru).
 CommandRun runProgram(
     const QString& program, const QStringList& arguments, const QList<QPair<QString, QString>>& environment = {});
+
+// The real privileged helper (velloru-helper) on a socket of its own, serving this user and running
+// stand-in programs for its maintenance tasks: `tasks` is its --tasks JSON ({"task": [["program", …], …]}),
+// or null for the helper's own commands.
+class HelperOnSocket {
+public:
+    explicit HelperOnSocket(
+        const QByteArray& tasks, const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment());
+    ~HelperOnSocket();
+    HelperOnSocket(const HelperOnSocket&) = delete;
+    HelperOnSocket& operator=(const HelperOnSocket&) = delete;
+
+    const QString& socketPath() const { return m_socket; }
+    // False when the helper never made its socket; `output` then says why.
+    bool isListening() const { return m_listening; }
+    QByteArray output() { return m_daemon.readAll(); }
+
+private:
+    FixtureTree m_tree;
+    QString m_socket;
+    QProcess m_daemon;
+    bool m_listening = false;
+};

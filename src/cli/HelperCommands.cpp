@@ -8,6 +8,7 @@
 #include "helper/HelperTexts.h"
 #include "helper/MailOptimizer.h"
 #include "helper/MaintenanceRunner.h"
+#include "helper/MaintenanceTexts.h"
 #include "platform/SystemdHelperService.h"
 #include "removal/AuditLog.h"
 
@@ -85,14 +86,14 @@ int runMaintenanceCommand(CommandContext& context)
                 << QStringLiteral("%1  %2 — %3\n").arg(task.rawValue.leftJustified(18), task.title, task.shortLine);
         context.out << QStringLiteral("%1  %2\n")
                            .arg(QStringLiteral("mail").leftJustified(18),
-                               QStringLiteral("Optimize Thunderbird — compacts and reindexes its message index (no "
-                                              "helper needed)."));
+                               MaintenanceTexts::mailTitle()
+                                   + QStringLiteral(" — compacts and reindexes its message index (no helper needed)."));
         return 0;
     }
     if (given.names == QStringList{QStringLiteral("mail")}) {
         AuditLog log(StoragePaths::dataFolder());
         const TaskResult result = MailOptimizer::optimize(QDir::homePath());
-        log.recordAction(Maintenance::feature, QStringLiteral("Optimize Thunderbird"),
+        log.recordAction(Maintenance::feature, MaintenanceTexts::mailTitle(),
             result.success ? result.message : QStringLiteral("Failed: ") + result.message);
         context.out << (result.success ? QStringLiteral("✓ ") : QStringLiteral("✗ ")) << result.message << '\n';
         return result.success ? 0 : 1;

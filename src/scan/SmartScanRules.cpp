@@ -73,11 +73,17 @@ private:
     bool m_stopped = false;
 };
 
-void addGroup(QList<ScanGroup>& groups, const QString& title, const char* symbol, QList<ScanItem> items)
+// Whether a group's items are sorted largest first or kept in the order they were found.
+enum class ItemOrder { largestFirst, asFound };
+
+void addGroup(QList<ScanGroup>& groups, const QString& title, const char* symbol, QList<ScanItem> items,
+    ItemOrder order = ItemOrder::largestFirst)
 {
     if (items.isEmpty())
         return;
-    std::stable_sort(items.begin(), items.end(), [](const ScanItem& a, const ScanItem& b) { return a.size > b.size; });
+    if (order == ItemOrder::largestFirst)
+        std::stable_sort(
+            items.begin(), items.end(), [](const ScanItem& a, const ScanItem& b) { return a.size > b.size; });
     groups.append(ScanGroup::make(title, QString::fromLatin1(symbol), std::move(items)));
 }
 
@@ -150,7 +156,9 @@ void scanCaches(const SmartScanInput& input, Scanner& scanner, QList<ScanGroup>&
         }
     }
     addGroup(groups, SmartScanTexts::appCachesTitle(), "internaldrive", std::move(caches));
-    addGroup(groups, SmartScanTexts::thumbnailsTitle(), "photo.on.rectangle", std::move(thumbnails));
+    // Only the cache items are sorted; the thumbnail caches stay in the order they were listed.
+    addGroup(
+        groups, SmartScanTexts::thumbnailsTitle(), "photo.on.rectangle", std::move(thumbnails), ItemOrder::asFound);
 }
 
 void scanLogs(const SmartScanInput& input, Scanner& scanner, QList<ScanGroup>& groups)
@@ -250,9 +258,8 @@ void scanBrokenItems(const SmartScanInput& input, Scanner& scanner, QList<ScanGr
             items.append(makeItem(
                 agent.id, QFileInfo(agent.id).size(), RiskLevel::caution, SmartScanTexts::startupProgramMissing()));
     }
-    // Links first, then startup items; addGroup's sort would mix them, so the group is made here.
-    if (!items.isEmpty())
-        groups.append(ScanGroup::make(SmartScanTexts::brokenItemsTitle(), QStringLiteral("link.badge.plus"), items));
+    // Links first, then startup items, each in the order found.
+    addGroup(groups, SmartScanTexts::brokenItemsTitle(), "link.badge.plus", std::move(items), ItemOrder::asFound);
 }
 
 } // namespace

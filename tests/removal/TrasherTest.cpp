@@ -55,15 +55,39 @@ TEST(Trasher, TwoReportsInOneTrashKeepBothWithPutBackRecordsOthersCanRead)
     EXPECT_TRUE(record.contains("/b/50%25%20done%20%231.txt\n")) << record.constData();
     EXPECT_TRUE(record.contains("\nDeletionDate=20")) << record.constData();
 
-    // A Trash client nobody here wrote lists what we trashed, with the original paths.
-    if (const auto listed = runTool(QStringLiteral("trash-list"), {})) {
-        EXPECT_TRUE(listed->contains(second)) << listed->toStdString();
-        EXPECT_TRUE(listed->contains(odd)) << listed->toStdString();
-    }
     const TrashLocations::Summary summary = TrashLocations::summarize();
     EXPECT_EQ(summary.items, 4);
     EXPECT_FALSE(summary.otherVolumesHoldItems);
     EXPECT_EQ(TrashLocations::emptyWarning(summary), TrashTexts::emptyWarning());
+}
+
+TEST(Trasher, TrashCliListsWhatWeTrashedWithTheOriginalPaths)
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("trash-list")).isEmpty())
+        GTEST_SKIP() << "trash-cli is not installed, so no other Trash client can read what was trashed";
+    FixtureTree tree;
+    const QString report = tree.write(QStringLiteral("b/report.pdf"), "second!");
+    const QString odd = tree.write(QStringLiteral("b/50% done #1.txt"), "odd name");
+    ASSERT_TRUE(trash({report, odd}).failed.isEmpty());
+    const auto listed = runTool(QStringLiteral("trash-list"), {});
+    ASSERT_TRUE(listed);
+    EXPECT_TRUE(listed->contains(report)) << listed->toStdString();
+    EXPECT_TRUE(listed->contains(odd)) << listed->toStdString();
+}
+
+TEST(Trasher, TrashCliListsWhatWeTrashedOnAnotherVolume)
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("trash-list")).isEmpty())
+        GTEST_SKIP() << "trash-cli is not installed, so no other Trash client can read what was trashed";
+    FixtureTree tree;
+    auto volume = TmpfsMount::mount(tree.path(QStringLiteral("volume")), QStringLiteral("size=1m"));
+    if (!volume)
+        GTEST_SKIP() << "needs root to mount a second volume";
+    const QString file = tree.write(QStringLiteral("volume/photos/beach.jpg"), "jpeg");
+    ASSERT_TRUE(trash({file}).failed.isEmpty());
+    const auto listed = runTool(QStringLiteral("trash-list"), {});
+    ASSERT_TRUE(listed);
+    EXPECT_TRUE(listed->contains(file)) << listed->toStdString();
 }
 
 TEST(Trasher, TheDesktopsOwnToolsRestoreWhatWeTrashed)
@@ -129,9 +153,6 @@ TEST(Trasher, AnItemOnAnotherVolumeStaysOnThatVolume)
     const TrashLocations::Summary summary = TrashLocations::summarize();
     EXPECT_TRUE(summary.otherVolumesHoldItems);
     EXPECT_EQ(TrashLocations::emptyWarning(summary), TrashTexts::emptyWarningWithVolumes());
-    if (const auto listed = runTool(QStringLiteral("trash-list"), {})) {
-        EXPECT_TRUE(listed->contains(file)) << listed->toStdString();
-    }
 
     // A shared ".Trash" with the sticky bit is used; a per-user Trash that is a link is never used.
     auto second = TmpfsMount::mount(tree.path(QStringLiteral("second")), QStringLiteral("size=1m"));
