@@ -5,9 +5,13 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <optional>
+#include <thread>
 
 class HoneycombChart;
+class OutcomeLine;
+class ProgressRow;
 class QComboBox;
 class QLabel;
 class QPushButton;
@@ -34,6 +38,11 @@ public:
     HoneycombChart* honeycomb() const { return m_honeycomb; }
     RailChart* rail() const { return m_rail; }
     UsageChart* currentChart() const;
+    ProgressRow* progressRow() const { return m_progressRow; }
+    // Why the selected item cannot go to the Trash, or how revealing or trashing it went.
+    OutcomeLine* actionOutcome() const { return m_actionOutcome; }
+    // Shows the chart style chosen in Settings.
+    void applyChartStyle();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -42,7 +51,6 @@ protected:
 private:
     QWidget* makeSourceRow();
     QWidget* makeSidePanel();
-    void applyChartStyle();
     void showItems();
     void showProgress();
     void showDetails();
@@ -66,4 +74,7 @@ private:
     QPushButton* m_open = nullptr;
     QPushButton* m_reveal = nullptr;
     QPushButton* m_trash = nullptr;
+    ProgressRow* m_progressRow = nullptr;
+    OutcomeLine* m_actionOutcome = nullptr;
+    std::unique_ptr<std::jthread> m_revealTask;
 };
