@@ -10,6 +10,8 @@
 #include "scan/SmartScanRules.h"
 #include "scan/SmartScanTexts.h"
 
+#include <QFileInfo>
+
 SmartScanSession::SmartScanSession(AppInventory& inventory, RunningMonitor& running, const Trasher& trasher,
     AuditLog& audit, SmartScanLocations locations, QObject* parent)
     : QObject(parent)
@@ -149,4 +151,18 @@ void SmartScanSession::clean()
             m_groups.removeIf([](const ScanGroup& group) { return group.items.isEmpty(); });
             setPhase(ScanPhase::Done{moved, freed});
         });
+}
+
+QString SmartScanSession::itemName(const ScanItem& item) const
+{
+    const QString path = item.url.toLocalFile();
+    const QString name = QFileInfo(path).fileName();
+    const QString flatpakApps = m_locations.flatpakAppsFolder + QLatin1Char('/');
+    if (m_locations.flatpakAppsFolder.isEmpty() || !path.startsWith(flatpakApps))
+        return name;
+    const QString appID = path.mid(flatpakApps.size()).section(QLatin1Char('/'), 0, 0);
+    for (const InstalledApp& app : m_inventory.apps())
+        if (app.bundleID == appID)
+            return QStringLiteral("%1 — %2").arg(app.name, name);
+    return QStringLiteral("%1 — %2").arg(appID, name);
 }

@@ -37,6 +37,9 @@ public:
     const std::optional<TrashResult>& lastRemoval() const { return m_lastRemoval; }
     // Why the last clean could not be written to the Activity log, when it could not.
     const std::optional<QString>& recordProblem() const;
+    // What a result row is called: the item's own name, or for a Flatpak app's "cache" folder the app's
+    // name, so that two such rows can be told apart at a glance.
+    QString itemName(const ScanItem& item) const;
     // The live progress of the scan under way; the screen samples it on a timer.
     ScanPulse::Snapshot pulse() const;
 

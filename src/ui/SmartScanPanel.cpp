@@ -74,6 +74,7 @@ SmartScanPanel::SmartScanPanel(SmartScanSession& session, QWidget* parent)
     auto* reviewPage = new QWidget(m_pages);
     auto* reviewLayout = new QVBoxLayout(reviewPage);
     m_review = new ReviewList(reviewPage);
+    m_review->model()->setNameOf([this](const ScanItem& item) { return m_session.itemName(item); });
     reviewLayout->addWidget(m_review, 1);
     auto* actions = new QHBoxLayout;
     m_summary = wrappedLabel({}, "smartScanSummary", reviewPage);
@@ -138,7 +139,9 @@ void SmartScanPanel::showPhase()
         showSelection();
     }
     if (const auto* finished = std::get_if<ScanPhase::Done>(&phase)) {
-        m_done->setText(SmartScanTexts::removalSummary(finished->itemsMoved, finished->bytesFreed));
+        m_done->setText(m_trashEmpty && finished->itemsMoved > 0
+                ? SmartScanTexts::removalEmptiedSummary(finished->itemsMoved, finished->bytesFreed)
+                : SmartScanTexts::removalSummary(finished->itemsMoved, finished->bytesFreed));
         QStringList failures;
         if (const auto& problem = m_session.recordProblem())
             failures << TrashTexts::notRecorded(finished->itemsMoved, *problem);
@@ -179,4 +182,13 @@ void SmartScanPanel::showSelection()
     m_summary->setText(QStringLiteral("%1, %2, %3")
                            .arg(itemCount(ticked.size()), formatBytes(m_session.selection().tickedSize(groups)),
                                SmartScanTexts::willMove()));
+}
+
+void SmartScanPanel::setTrashEmpty(bool empty)
+{
+    if (empty == m_trashEmpty)
+        return;
+    m_trashEmpty = empty;
+    if (std::holds_alternative<ScanPhase::Done>(m_session.phase()))
+        showPhase();
 }
