@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 // One piece of a folder as the charts and the command line show it: a subfolder, a package shown whole,
 // or the files lying directly in the folder, which belong to no subfolder.
@@ -29,6 +30,11 @@ struct UsageItem {
     // another item.
     bool canMoveToTrash() const { return kind != Kind::files && exactPath; }
 };
+
+// Why an item is not offered for the Trash, as a sentence; nothing when it may go. Only what lies inside
+// the user's home folder is offered: anything else belongs to the system or to another user, and the user
+// could not put it back from the Trash, or programs would break meanwhile.
+std::optional<QString> whyNotToTrash(const UsageItem& item, const QString& home);
 
 // The subfolders of `folder` and its own files as one more item, largest first.
 QList<UsageItem> itemsOf(const DirNode& folder);

@@ -1,16 +1,20 @@
 #include "ui/usage/UsagePage.h"
 
 #include "app/UserDefaults.h"
+#include "common/BackgroundTask.h"
 #include "common/ByteCount.h"
+#include "platform/FileManager.h"
 #include "ui/Headings.h"
 #include "ui/usage/HoneycombChart.h"
 #include "ui/usage/RailChart.h"
 #include "ui/usage/UsageDetails.h"
+#include "ui/widgets/OutcomeLine.h"
+#include "ui/widgets/ProgressRow.h"
+#include "ui/widgets/WrappedLabel.h"
 #include "usage/UsageTexts.h"
 #include "usage/WalkRoot.h"
 
 #include <QComboBox>
-#include <QDesktopServices>
 #include <QDir>
 #include <QEvent>
 #include <QFileDialog>
@@ -22,7 +26,6 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QStackedWidget>
-#include <QUrl>
 #include <QVBoxLayout>
 
 namespace {
@@ -50,13 +53,14 @@ UsagePage::UsagePage(QSettings& defaults, MoveToTrash moveToTrash, QWidget* pare
     m_path = new QLabel(this);
     m_path->setObjectName(QStringLiteral("usagePath"));
     m_path->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_status = new QLabel(this);
-    m_status->setObjectName(QStringLiteral("usageStatus"));
-    m_status->setEnabled(false);
     navigation->addWidget(m_back);
     navigation->addWidget(m_path, 1);
-    navigation->addWidget(m_status);
     layout->addLayout(navigation);
+    m_status = new WrappedLabel({}, QStringLiteral("usageStatus"), this);
+    layout->addWidget(m_status);
+    m_progressRow = new ProgressRow(ProgressRow::Cancel::offered, this);
+    layout->addWidget(m_progressRow);
+    connect(m_progressRow, &ProgressRow::cancelRequested, &m_model, &UsageModel::cancel);
 
     auto* body = new QHBoxLayout;
     m_charts = new QStackedWidget(this);
@@ -68,10 +72,7 @@ UsagePage::UsagePage(QSettings& defaults, MoveToTrash moveToTrash, QWidget* pare
     body->addWidget(makeSidePanel());
     layout->addLayout(body, 1);
 
-    auto* note = new QLabel(UsageTexts::allocatedNote, this);
-    note->setObjectName(QStringLiteral("usageNote"));
-    note->setEnabled(false);
-    layout->addWidget(note);
+    layout->addWidget(new WrappedLabel(UsageTexts::allocatedNote, QStringLiteral("usageNote"), this));
 
     for (UsageChart* chart : {static_cast<UsageChart*>(m_honeycomb), static_cast<UsageChart*>(m_rail)}) {
         connect(chart, &UsageChart::hoveredChanged, this, &UsagePage::showDetails);
@@ -116,8 +117,14 @@ QWidget* UsagePage::makeSourceRow()
     connect(choose, &QPushButton::clicked, this, [this] {
         const QString folder
             = QFileDialog::getExistingDirectory(this, QStringLiteral("Choose a Folder to Measure"), m_model.rootPath());
-        if (!folder.isEmpty())
-            measure(folder);
+        if (folder.isEmpty())
+            return;
+        // The choice joins the drop-down, so the drop-down always names what is shown.
+        if (m_source->findData(folder) < 0)
+            m_source->addItem(QFileInfo(folder).fileName().isEmpty() ? folder : QFileInfo(folder).fileName(), folder);
+        m_source->setCurrentIndex(m_source->findData(folder));
+        m_source->setItemData(m_source->currentIndex(), folder, Qt::ToolTipRole);
+        measure(folder);
     });
     connect(m_measure, &QPushButton::clicked, this, [this] {
         if (m_model.isMeasuring())
@@ -143,6 +150,8 @@ QWidget* UsagePage::makeSidePanel()
         m_trash->setToolTip(QStringLiteral("The Trash mover is not available in this version of Velloru."));
     for (QPushButton* action : {m_open, m_reveal, m_trash})
         layout->addWidget(action);
+    m_actionOutcome = new OutcomeLine(QStringLiteral("usageActionOutcome"), panel);
+    layout->addWidget(m_actionOutcome);
     layout->addStretch();
 
     connect(m_open, &QPushButton::clicked, this, [this] { openItem(currentChart()->selectedIndex()); });
@@ -199,13 +208,21 @@ void UsagePage::showProgress()
 {
     const WalkCounters counters = m_model.counters();
     const QString folders = QLocale().toString(counters.foldersListed);
+    if (m_model.isMeasuring()) {
+        const QString text
+            = QStringLiteral("Measuring%1… %2 folders, %3 so far")
+                  .arg(m_model.scanning().isEmpty() ? QString() : QStringLiteral(" “%1”").arg(m_model.scanning()),
+                      folders, formatBytes(counters.bytesCounted));
+        if (!m_progressRow->isRunning())
+            m_progressRow->start(text);
+        m_progressRow->setText(text);
+        m_progressRow->setProgress(counters.bytesCounted, m_model.expectedBytes().value_or(0));
+    } else {
+        m_progressRow->finish();
+    }
+    m_status->setVisible(!m_model.isMeasuring());
     if (!m_model.failure().isEmpty())
         m_status->setText(m_model.failure());
-    else if (m_model.isMeasuring())
-        m_status->setText(
-            QStringLiteral("Measuring%1… %2 folders, %3 so far")
-                .arg(m_model.scanning().isEmpty() ? QString() : QStringLiteral(" “%1”").arg(m_model.scanning()),
-                    folders, formatBytes(counters.bytesCounted)));
     else if (m_model.isComplete() && !m_model.unreadableNote().isEmpty())
         m_status->setText(QStringLiteral("%1 folders measured. %2").arg(folders, m_model.unreadableNote()));
     else if (m_model.isComplete())
@@ -243,9 +260,13 @@ void UsagePage::showDetails()
     const std::optional<UsageItem> selected = selectedItem();
     m_open->setEnabled(selected && selected->canOpen());
     m_reveal->setEnabled(!m_model.rootPath().isEmpty() && m_model.failure().isEmpty());
-    m_trash->setEnabled(m_moveToTrash && selected && selected->canMoveToTrash() && !m_model.isMeasuring());
-    if (m_moveToTrash)
-        m_trash->setToolTip(selected && !selected->exactPath ? UsageTexts::inexactName : QString());
+    const std::optional<QString> kept = selected ? whyNotToTrash(*selected, QDir::homePath()) : std::nullopt;
+    m_trash->setEnabled(m_moveToTrash && selected && !kept && !m_model.isMeasuring());
+    // Why the selected item is not offered is said under the buttons, where the user looks for it.
+    if (kept)
+        m_actionOutcome->showNote(*kept);
+    else if (m_actionOutcome->kind() == OutcomeLine::Kind::note)
+        m_actionOutcome->clear();
 }
 
 void UsagePage::openItem(int index)
@@ -261,16 +282,24 @@ void UsagePage::revealSelected()
     const QString folder = !selected               ? m_model.shownPath()
         : selected->kind == UsageItem::Kind::files ? selected->path
                                                    : QFileInfo(selected->path).absolutePath();
-    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+    if (m_revealTask)
+        return;
+    m_revealTask = runInBackground(
+        this, [folder] { return showInFileManager(folder); },
+        [this](std::optional<QString> failure) {
+            m_revealTask.reset();
+            if (failure)
+                m_actionOutcome->showFailure(*failure);
+        });
 }
 
 void UsagePage::trashSelected()
 {
     const std::optional<UsageItem> selected = selectedItem();
-    if (!selected || !selected->canMoveToTrash() || !m_moveToTrash)
+    if (!selected || whyNotToTrash(*selected, QDir::homePath()) || !m_moveToTrash)
         return;
     QMessageBox confirm(QMessageBox::Question, QStringLiteral("Move to Trash"),
-        QStringLiteral("Move “%1” to the Trash?").arg(selected->name), QMessageBox::Cancel, this);
+        QStringLiteral("Move “%1” to the Trash?").arg(selected->path), QMessageBox::Cancel, this);
     confirm.setObjectName(QStringLiteral("usageTrashConfirm"));
     confirm.setInformativeText(
         QStringLiteral("It takes %1 on disk. You can put it back from the Trash.").arg(formatBytes(selected->bytes)));
@@ -280,9 +309,10 @@ void UsagePage::trashSelected()
     if (confirm.clickedButton() != move)
         return;
     if (const std::optional<QString> failure = m_moveToTrash(selected->path)) {
-        QMessageBox::warning(this, QStringLiteral("Move to Trash"), *failure);
+        m_actionOutcome->showFailure(*failure);
         return;
     }
+    m_actionOutcome->showSuccess(QStringLiteral("Moved %1 to the Trash.").arg(selected->path));
     // The measured tree no longer matches the disk: measure again.
     measure(m_model.rootPath());
 }
