@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QHeaderView>
+#include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -110,8 +111,9 @@ inline QStringList elidedCells(const QAbstractItemView& view, int rows = 50)
                 const QRect cell = view.visualRect(index);
                 if (text.isEmpty() || !cell.isValid())
                     continue;
-                const int needed = view.fontMetrics().horizontalAdvance(text) + 8
-                    + (index.data(Qt::DecorationRole).isValid() || index.data(Qt::CheckStateRole).isValid() ? 24 : 0);
+                // Text plus the least margin any style gives a cell, and an icon or check box when there is one.
+                const int needed = view.fontMetrics().horizontalAdvance(text) + 4
+                    + (index.data(Qt::DecorationRole).isValid() || index.data(Qt::CheckStateRole).isValid() ? 16 : 0);
                 if (needed > cell.width() && !index.data(Qt::ToolTipRole).toString().contains(text))
                     elided << QStringLiteral("row %1 column %2 “%3”").arg(row).arg(column).arg(text.left(60));
             }
@@ -121,6 +123,12 @@ inline QStringList elidedCells(const QAbstractItemView& view, int rows = 50)
     };
     visit({});
     return elided;
+}
+
+// Whether two icons draw the same picture (a style makes a new icon object for each request).
+inline bool sameIcon(const QIcon& a, const QIcon& b)
+{
+    return a.pixmap(16, 16).toImage() == b.pixmap(16, 16).toImage();
 }
 
 // Answers the next modal message box by clicking the button with this text.
