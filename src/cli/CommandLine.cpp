@@ -31,8 +31,9 @@ const Command commands[] = {
         "Finds files with identical content (your own folders by default) and lists each set with the copy to "
         "keep.",
         runDuplicatesCommand},
-    {"usage", "usage [PATH] [--depth N] [--json]",
-        "Measures a folder (the current one by default) and lists its biggest folders with sizes and shares.",
+    {"usage", "usage [PATH] [--depth N] [--largest N] [--json]",
+        "Measures a folder (the current one by default) and lists its biggest folders with sizes and shares, or "
+        "with --largest N its N largest files.",
         runUsageCommand},
     {"trash", "trash PATH… [--json]", "Moves files and folders to the Trash, each with its put-back record.",
         runTrashCommand},

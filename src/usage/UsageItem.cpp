@@ -56,6 +56,13 @@ double shareOf(qint64 bytes, qint64 total)
     return total > 0 ? double(bytes) / double(total) : 0.0;
 }
 
+UsageItem fileItem(const SizedFile& file)
+{
+    const std::string name = file.path.substr(file.path.rfind('/') + 1);
+    return UsageItem{UsageItem::Kind::file, fromFileName(name), fromFileName(file.path), file.bytes, 1, nullptr,
+        isExactFileName(file.path)};
+}
+
 std::optional<QString> whyNotToTrash(const UsageItem& item, const QString& home)
 {
     if (item.kind == UsageItem::Kind::files)

@@ -51,6 +51,8 @@ public:
     // About how many bytes the walk will count in all, when that can be known before it ends: the used
     // space of a volume measured from its top, or the total of an earlier walk of the same folder.
     std::optional<qint64> expectedBytes() const { return m_expectedBytes; }
+    // The largest files of the finished walk, largest first; empty until it has finished.
+    const std::vector<SizedFile>& largestFiles() const { return m_progress.largestFiles; }
 
 Q_SIGNALS:
     void itemsChanged();

@@ -5,10 +5,12 @@
 #include "common/ByteCount.h"
 #include "platform/FileManager.h"
 #include "ui/Headings.h"
+#include "ui/usage/FileList.h"
 #include "ui/usage/HoneycombChart.h"
 #include "ui/usage/RailChart.h"
 #include "ui/usage/UsageDetails.h"
 #include "ui/widgets/OutcomeLine.h"
+#include "ui/widgets/PathLabel.h"
 #include "ui/widgets/ProgressRow.h"
 #include "ui/widgets/WrappedLabel.h"
 #include "usage/UsageTexts.h"
@@ -50,11 +52,13 @@ UsagePage::UsagePage(QSettings& defaults, MoveToTrash moveToTrash, QWidget* pare
 
     auto* navigation = new QHBoxLayout;
     m_back = button(QStringLiteral("‹ Back"), "usageBack", this);
-    m_path = new QLabel(this);
+    m_path = new PathLabel(this);
     m_path->setObjectName(QStringLiteral("usagePath"));
-    m_path->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_largest = button(QStringLiteral("Largest Files"), "usageLargest", this);
+    m_largest->setToolTip(QStringLiteral("The largest files anywhere in what was measured, largest first."));
     navigation->addWidget(m_back);
     navigation->addWidget(m_path, 1);
+    navigation->addWidget(m_largest);
     layout->addLayout(navigation);
     m_status = new WrappedLabel({}, QStringLiteral("usageStatus"), this);
     layout->addWidget(m_status);
@@ -66,8 +70,10 @@ UsagePage::UsagePage(QSettings& defaults, MoveToTrash moveToTrash, QWidget* pare
     m_charts = new QStackedWidget(this);
     m_honeycomb = new HoneycombChart(m_charts);
     m_rail = new RailChart(m_charts);
+    m_fileList = new FileList(m_charts);
     m_charts->addWidget(m_honeycomb);
     m_charts->addWidget(m_rail);
+    m_charts->addWidget(m_fileList);
     body->addWidget(m_charts, 1);
     body->addWidget(makeSidePanel());
     layout->addLayout(body, 1);
@@ -85,7 +91,14 @@ UsagePage::UsagePage(QSettings& defaults, MoveToTrash moveToTrash, QWidget* pare
         });
         connect(chart, &UsageChart::activated, this, &UsagePage::openItem);
     }
-    connect(m_back, &QPushButton::clicked, &m_model, &UsageModel::back);
+    connect(m_back, &QPushButton::clicked, this, [this] {
+        // From a file list, Back returns to the chart it was opened from.
+        if (isShowingFiles())
+            return applyChartStyle();
+        m_model.back();
+    });
+    connect(m_largest, &QPushButton::clicked, this, &UsagePage::showLargestFiles);
+    connect(m_fileList, &FileList::selectedChanged, this, &UsagePage::showDetails);
     connect(&m_model, &UsageModel::itemsChanged, this, &UsagePage::showItems);
     connect(&m_model, &UsageModel::progressChanged, this, &UsagePage::showProgress);
     connect(&m_model, &UsageModel::measuringChanged, this, &UsagePage::showProgress);
@@ -168,7 +181,43 @@ void UsagePage::measure(const QString& path)
 
 UsageChart* UsagePage::currentChart() const
 {
-    return static_cast<UsageChart*>(m_charts->currentWidget());
+    const bool rail = m_defaults.value(DefaultsKey::chartStyle).toString() == QLatin1String("rail");
+    return rail ? static_cast<UsageChart*>(m_rail) : m_honeycomb;
+}
+
+bool UsagePage::isShowingFiles() const
+{
+    return m_charts->currentWidget() == m_fileList;
+}
+
+void UsagePage::showLargestFiles()
+{
+    QList<UsageItem> files;
+    for (const SizedFile& file : m_model.largestFiles())
+        files.append(fileItem(file));
+    m_fileList->setFiles(
+        QStringLiteral("The largest files in %1, largest first").arg(m_model.rootPath()), std::move(files), true);
+    m_charts->setCurrentWidget(m_fileList);
+    m_back->setEnabled(true);
+    showDetails();
+}
+
+void UsagePage::showFilesOf(const QString& folder)
+{
+    if (m_filesTask)
+        return;
+    m_filesTask = runInBackground(
+        this, [folder] { return filesIn(toFileName(folder)); },
+        [this, folder](std::vector<SizedFile> found) {
+            m_filesTask.reset();
+            QList<UsageItem> files;
+            for (const SizedFile& file : found)
+                files.append(fileItem(file));
+            m_fileList->setFiles(QStringLiteral("Files in %1, largest first").arg(folder), std::move(files), false);
+            m_charts->setCurrentWidget(m_fileList);
+            m_back->setEnabled(true);
+            showDetails();
+        });
 }
 
 void UsagePage::showEvent(QShowEvent* event)
@@ -187,8 +236,8 @@ void UsagePage::changeEvent(QEvent* event)
 
 void UsagePage::applyChartStyle()
 {
-    const bool rail = m_defaults.value(DefaultsKey::chartStyle).toString() == QLatin1String("rail");
-    m_charts->setCurrentWidget(rail ? static_cast<QWidget*>(m_rail) : m_honeycomb);
+    m_charts->setCurrentWidget(currentChart());
+    m_back->setEnabled(m_model.canGoBack());
     showDetails();
 }
 
@@ -197,8 +246,10 @@ void UsagePage::showItems()
     const QList<UsageItem> items = m_model.shownItems();
     m_honeycomb->setItems(items, m_model.shownTotal());
     m_rail->setItems(items, m_model.shownTotal());
+    if (isShowingFiles())
+        m_charts->setCurrentWidget(currentChart());
     m_back->setEnabled(m_model.canGoBack());
-    m_path->setText(m_model.rootPath().isEmpty()
+    m_path->setPath(m_model.rootPath().isEmpty()
             ? QStringLiteral("Pick a volume or folder to see what takes its space.")
             : m_model.shownPath());
     showDetails();
@@ -231,11 +282,18 @@ void UsagePage::showProgress()
         m_status->setText(
             QStringLiteral("Stopped after %1 folders — the chart shows those measured so far.").arg(folders));
     m_measure->setText(m_model.isMeasuring() ? QStringLiteral("Stop") : QStringLiteral("Measure"));
+    m_largest->setEnabled(m_model.isComplete() && !m_model.largestFiles().empty());
     showDetails();
 }
 
 std::optional<UsageItem> UsagePage::selectedItem() const
 {
+    if (isShowingFiles()) {
+        const int index = m_fileList->selectedIndex();
+        if (index < 0 || index >= m_fileList->files().size())
+            return std::nullopt;
+        return m_fileList->files()[index];
+    }
     const UsageChart* chart = currentChart();
     const int index = chart->selectedIndex();
     if (index < 0 || index >= chart->items().size())
@@ -247,7 +305,12 @@ void UsagePage::showDetails()
 {
     const UsageChart* chart = currentChart();
     const int index = chart->hoveredIndex() >= 0 ? chart->hoveredIndex() : chart->selectedIndex();
-    if (index >= 0 && index < chart->items().size()) {
+    if (isShowingFiles()) {
+        if (const std::optional<UsageItem> file = selectedItem())
+            m_details->show(*file, m_model.shownTotal());
+        else
+            m_details->clear();
+    } else if (index >= 0 && index < chart->items().size()) {
         m_details->show(chart->items()[index], chart->total());
     } else if (!m_model.rootPath().isEmpty() && m_model.failure().isEmpty()) {
         qint64 files = 0;
@@ -258,7 +321,8 @@ void UsagePage::showDetails()
         m_details->clear();
     }
     const std::optional<UsageItem> selected = selectedItem();
-    m_open->setEnabled(selected && selected->canOpen());
+    m_open->setEnabled(
+        selected && selected->kind != UsageItem::Kind::package && selected->kind != UsageItem::Kind::file);
     m_reveal->setEnabled(!m_model.rootPath().isEmpty() && m_model.failure().isEmpty());
     const std::optional<QString> kept = selected ? whyNotToTrash(*selected, QDir::homePath()) : std::nullopt;
     m_trash->setEnabled(m_moveToTrash && selected && !kept && !m_model.isMeasuring());
@@ -271,8 +335,14 @@ void UsagePage::showDetails()
 
 void UsagePage::openItem(int index)
 {
-    if (m_model.open(index))
+    if (m_model.open(index)) {
         currentChart()->setSelectedIndex(-1);
+        return;
+    }
+    // A folder with no subfolders, and the files lying in a folder, open to a list of their files.
+    const QList<UsageItem>& items = currentChart()->items();
+    if (index >= 0 && index < items.size() && items[index].kind != UsageItem::Kind::package)
+        showFilesOf(items[index].path);
 }
 
 void UsagePage::revealSelected()
@@ -282,6 +352,7 @@ void UsagePage::revealSelected()
     const QString folder = !selected               ? m_model.shownPath()
         : selected->kind == UsageItem::Kind::files ? selected->path
                                                    : QFileInfo(selected->path).absolutePath();
+    m_actionOutcome->clear();
     if (m_revealTask)
         return;
     m_revealTask = runInBackground(

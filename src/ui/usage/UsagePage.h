@@ -9,7 +9,9 @@
 #include <optional>
 #include <thread>
 
+class FileList;
 class HoneycombChart;
+class PathLabel;
 class OutcomeLine;
 class ProgressRow;
 class QComboBox;
@@ -39,6 +41,13 @@ public:
     RailChart* rail() const { return m_rail; }
     UsageChart* currentChart() const;
     ProgressRow* progressRow() const { return m_progressRow; }
+    FileList* fileList() const { return m_fileList; }
+    bool isShowingFiles() const;
+    // Lists the largest files of the finished walk in place of the chart.
+    void showLargestFiles();
+    // Lists the files lying in `folder`, largest first, in place of the chart (read off the main thread).
+    void showFilesOf(const QString& folder);
+    QPushButton* largestFilesButton() const { return m_largest; }
     // Why the selected item cannot go to the Trash, or how revealing or trashing it went.
     OutcomeLine* actionOutcome() const { return m_actionOutcome; }
     // Shows the chart style chosen in Settings.
@@ -65,7 +74,7 @@ private:
     QComboBox* m_source = nullptr;
     QPushButton* m_measure = nullptr;
     QPushButton* m_back = nullptr;
-    QLabel* m_path = nullptr;
+    PathLabel* m_path = nullptr;
     QLabel* m_status = nullptr;
     QStackedWidget* m_charts = nullptr;
     HoneycombChart* m_honeycomb = nullptr;
@@ -77,4 +86,7 @@ private:
     ProgressRow* m_progressRow = nullptr;
     OutcomeLine* m_actionOutcome = nullptr;
     std::unique_ptr<std::jthread> m_revealTask;
+    FileList* m_fileList = nullptr;
+    QPushButton* m_largest = nullptr;
+    std::unique_ptr<std::jthread> m_filesTask; // listing a folder's files
 };
