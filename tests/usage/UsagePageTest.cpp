@@ -2,6 +2,7 @@
 #include "ui/usage/FileList.h"
 #include "ui/usage/HoneycombChart.h"
 #include "ui/usage/RailChart.h"
+#include "ui/usage/UsageLegend.h"
 #include "ui/widgets/OutcomeLine.h"
 #include "ui/widgets/ProgressRow.h"
 
@@ -102,6 +103,9 @@ TEST(UsagePage, FillsTheChartsDrillsIntoAFolderAndGoesBack)
     EXPECT_EQ(honeycomb.items().first().name, QStringLiteral("Projects"));
     EXPECT_EQ(honeycomb.total(), duBytes(tree.path()));
     EXPECT_GE(indexNamed(honeycomb, QStringLiteral("Files in this folder")), 0);
+    // Cells too small for their names are told apart by the legend under the honeycomb.
+    EXPECT_TRUE(page.legend()->isVisible());
+    EXPECT_EQ(page.legend()->entryCount(), 6);
     EXPECT_EQ(page.findChild<QLabel*>(QStringLiteral("usageNote"))->text(),
         QStringLiteral("Sizes are allocated bytes on disk."));
     for (const QSize size : screenshotSizes()) {
@@ -144,6 +148,7 @@ TEST(UsagePage, FillsTheChartsDrillsIntoAFolderAndGoesBack)
     page.show();
     RailChart& rail = *page.rail();
     ASSERT_EQ(page.currentChart(), &rail);
+    EXPECT_FALSE(page.legend()->isVisible()) << "the rail names its bars itself";
     EXPECT_EQ(rail.items().size(), 3);
     const int website = indexNamed(rail, QStringLiteral("website"));
     QTest::mouseClick(&rail, Qt::LeftButton, {}, rail.centreOf(website)->toPoint());

@@ -9,6 +9,7 @@
 #include "ui/usage/HoneycombChart.h"
 #include "ui/usage/RailChart.h"
 #include "ui/usage/UsageDetails.h"
+#include "ui/usage/UsageLegend.h"
 #include "ui/widgets/OutcomeLine.h"
 #include "ui/widgets/PathLabel.h"
 #include "ui/widgets/ProgressRow.h"
@@ -74,7 +75,11 @@ UsagePage::UsagePage(QSettings& defaults, MoveToTrash moveToTrash, QWidget* pare
     m_charts->addWidget(m_honeycomb);
     m_charts->addWidget(m_rail);
     m_charts->addWidget(m_fileList);
-    body->addWidget(m_charts, 1);
+    auto* chartColumn = new QVBoxLayout;
+    chartColumn->addWidget(m_charts, 1);
+    m_legend = new UsageLegend(this);
+    chartColumn->addWidget(m_legend);
+    body->addLayout(chartColumn, 1);
     body->addWidget(makeSidePanel());
     layout->addLayout(body, 1);
 
@@ -185,6 +190,13 @@ UsageChart* UsagePage::currentChart() const
     return rail ? static_cast<UsageChart*>(m_rail) : m_honeycomb;
 }
 
+void UsagePage::showLegend()
+{
+    // The rail names every bar itself; the honeycomb's small cells need the legend.
+    m_legend->showItemsOf(*currentChart());
+    m_legend->setVisible(currentChart() == m_honeycomb && !isShowingFiles() && m_legend->entryCount() > 0);
+}
+
 bool UsagePage::isShowingFiles() const
 {
     return m_charts->currentWidget() == m_fileList;
@@ -199,6 +211,7 @@ void UsagePage::showLargestFiles()
         QStringLiteral("The largest files in %1, largest first").arg(m_model.rootPath()), std::move(files), true);
     m_charts->setCurrentWidget(m_fileList);
     m_back->setEnabled(true);
+    showLegend();
     showDetails();
 }
 
@@ -216,6 +229,7 @@ void UsagePage::showFilesOf(const QString& folder)
             m_fileList->setFiles(QStringLiteral("Files in %1, largest first").arg(folder), std::move(files), false);
             m_charts->setCurrentWidget(m_fileList);
             m_back->setEnabled(true);
+            showLegend();
             showDetails();
         });
 }
@@ -237,6 +251,7 @@ void UsagePage::changeEvent(QEvent* event)
 void UsagePage::applyChartStyle()
 {
     m_charts->setCurrentWidget(currentChart());
+    showLegend();
     m_back->setEnabled(m_model.canGoBack());
     showDetails();
 }
@@ -248,6 +263,7 @@ void UsagePage::showItems()
     m_rail->setItems(items, m_model.shownTotal());
     if (isShowingFiles())
         m_charts->setCurrentWidget(currentChart());
+    showLegend();
     m_back->setEnabled(m_model.canGoBack());
     m_path->setPath(m_model.rootPath().isEmpty()
             ? QStringLiteral("Pick a volume or folder to see what takes its space.")

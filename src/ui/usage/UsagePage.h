@@ -22,6 +22,7 @@ class QStackedWidget;
 class RailChart;
 class UsageChart;
 class UsageDetails;
+class UsageLegend;
 
 // Moves one item to the Trash; nothing on success, otherwise the sentence that says why it stayed.
 using MoveToTrash = std::function<std::optional<QString>(const QString& path)>;
@@ -42,6 +43,7 @@ public:
     UsageChart* currentChart() const;
     ProgressRow* progressRow() const { return m_progressRow; }
     FileList* fileList() const { return m_fileList; }
+    UsageLegend* legend() const { return m_legend; }
     bool isShowingFiles() const;
     // Lists the largest files of the finished walk in place of the chart.
     void showLargestFiles();
@@ -61,6 +63,7 @@ private:
     QWidget* makeSourceRow();
     QWidget* makeSidePanel();
     void showItems();
+    void showLegend();
     void showProgress();
     void showDetails();
     void openItem(int index);
@@ -87,6 +90,7 @@ private:
     OutcomeLine* m_actionOutcome = nullptr;
     std::unique_ptr<std::jthread> m_revealTask;
     FileList* m_fileList = nullptr;
+    UsageLegend* m_legend = nullptr;
     QPushButton* m_largest = nullptr;
     std::unique_ptr<std::jthread> m_filesTask; // listing a folder's files
 };
