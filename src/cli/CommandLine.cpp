@@ -19,9 +19,10 @@ struct Command {
 };
 
 const Command commands[] = {
-    {"scan", "scan [--clean] [--json]",
+    {"scan", "scan [--clean] [--json] | scan --exclude PATH",
         "Smart Scan: lists caches, logs, crash reports, saved app states and broken items with a grade and a "
-        "reason, the safe ones ticked; with --clean moves exactly the ticked items to the Trash.",
+        "reason, the safe ones ticked; with --clean moves exactly the ticked items to the Trash; --exclude "
+        "leaves a file or folder out of every later scan.",
         runScanCommand},
     {"apps", "apps [--json]", "Lists the installed apps with their identifier and where each comes from.",
         runAppsCommand},

@@ -3,6 +3,7 @@
 #include "apps/AppInventory.h"
 #include "common/BackgroundTask.h"
 #include "common/Log.h"
+#include "common/StoragePaths.h"
 #include "removal/AuditLog.h"
 #include "removal/TrashRecorder.h"
 #include "removal/Trasher.h"
@@ -20,6 +21,7 @@ SmartScanSession::SmartScanSession(AppInventory& inventory, RunningMonitor& runn
     , m_trasher(trasher)
     , m_audit(audit)
     , m_locations(std::move(locations))
+    , m_exclusions(StoragePaths::dataFolder())
 {
 }
 
@@ -84,6 +86,7 @@ void SmartScanSession::startScanning()
         [this](QList<ScanGroup> groups) {
             m_task.reset();
             m_groups = std::move(groups);
+            m_exclusions.removeExcluded(m_groups);
             // Exactly the safe items start ticked.
             QSet<QUuid> ticked;
             for (const ScanGroup& group : std::as_const(m_groups))
@@ -165,4 +168,20 @@ QString SmartScanSession::itemName(const ScanItem& item) const
         if (app.bundleID == appID)
             return QStringLiteral("%1 — %2").arg(app.name, name);
     return QStringLiteral("%1 — %2").arg(appID, name);
+}
+
+std::optional<QString> SmartScanSession::exclude(const ScanItem& item)
+{
+    const std::optional<QString> problem = m_exclusions.add(item.url.toLocalFile());
+    m_exclusions.removeExcluded(m_groups);
+    QSet<QUuid> ticked;
+    for (const ScanGroup& group : std::as_const(m_groups))
+        for (const ScanItem& kept : group.items)
+            if (m_selection.isTicked(kept.id))
+                ticked.insert(kept.id);
+    m_selection = ScanSelection(std::move(ticked));
+    logLine(QStringLiteral("smart scan exclusion added path=%1").arg(logValue(item.url.toLocalFile())));
+    Q_EMIT selectionChanged();
+    Q_EMIT phaseChanged();
+    return problem;
 }

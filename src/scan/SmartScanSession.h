@@ -1,6 +1,7 @@
 #pragma once
 
 #include "removal/TrashResult.h"
+#include "scan/ScanExclusions.h"
 #include "scan/ScanPhase.h"
 #include "scan/ScanPulse.h"
 #include "scan/ScanSelection.h"
@@ -50,6 +51,10 @@ public:
     void setSelection(ScanSelection selection);
     // Moves the ticked items to the Trash and records them in the activity log.
     void clean();
+    // Leaves the item out of this result and of every later scan; nothing on success, otherwise why it
+    // could not be remembered for later scans.
+    std::optional<QString> exclude(const ScanItem& item);
+    const ScanExclusions& exclusions() const { return m_exclusions; }
 
 Q_SIGNALS:
     void phaseChanged();
@@ -64,6 +69,7 @@ private:
     const Trasher& m_trasher;
     AuditLog& m_audit;
     SmartScanLocations m_locations;
+    ScanExclusions m_exclusions;
     ScanPhaseValue m_phase = ScanPhase::Idle{};
     QList<ScanGroup> m_groups;
     ScanSelection m_selection;

@@ -159,6 +159,9 @@ void ReviewList::showItemMenu(const QPoint& position)
     menu.addAction(QStringLiteral("Reveal in File Manager"), this, [this, chosen] { reveal(chosen); });
     menu.addAction(QStringLiteral("Copy Path"), this,
         [chosen] { QGuiApplication::clipboard()->setText(chosen.url.toLocalFile()); });
+    menu.addSeparator();
+    menu.addAction(
+        QStringLiteral("Exclude from Smart Scan"), this, [this, chosen] { Q_EMIT excludeRequested(chosen); });
     menu.exec(m_tree->viewport()->mapToGlobal(position));
 }
 

@@ -36,6 +36,8 @@ public:
 
 Q_SIGNALS:
     void selectionChanged();
+    // The user asked to leave an item out of this and every later scan.
+    void excludeRequested(const ScanItem& item);
 
 private:
     void updateTotal();

@@ -5,6 +5,7 @@
 #include "scan/SmartScanSession.h"
 #include "scan/SmartScanTexts.h"
 #include "ui/ReviewList.h"
+#include "ui/widgets/OutcomeLine.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -119,6 +120,13 @@ SmartScanPanel::SmartScanPanel(SmartScanSession& session, QWidget* parent)
     connect(m_clean, &QPushButton::clicked, &m_session, &SmartScanSession::clean);
     connect(m_showActivity, &QPushButton::clicked, this, &SmartScanPanel::activityRequested);
     connect(m_review, &ReviewList::selectionChanged, this, [this] { m_session.setSelection(m_review->selection()); });
+    connect(m_review, &ReviewList::excludeRequested, this, [this](const ScanItem& item) {
+        if (const std::optional<QString> problem = m_session.exclude(item))
+            m_review->actionOutcome()->showFailure(*problem);
+        else
+            m_review->actionOutcome()->showNote(
+                QStringLiteral("%1 is left out of Smart Scan from now on.").arg(item.url.toLocalFile()));
+    });
     connect(&m_session, &SmartScanSession::phaseChanged, this, &SmartScanPanel::showPhase);
     connect(&m_session, &SmartScanSession::selectionChanged, this, &SmartScanPanel::showSelection);
     showPhase();
