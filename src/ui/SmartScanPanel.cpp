@@ -5,6 +5,7 @@
 #include "scan/SmartScanSession.h"
 #include "scan/SmartScanTexts.h"
 #include "ui/ReviewList.h"
+#include "ui/ReviewModel.h"
 #include "ui/widgets/OutcomeLine.h"
 
 #include <QHBoxLayout>
