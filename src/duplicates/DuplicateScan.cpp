@@ -132,12 +132,13 @@ void DuplicateScan::finish(const Outcome& outcome)
     m_box.finish(reclaimable);
     refreshTelemetry();
     logLine(QStringLiteral("duplicate scan finished files=%1 sets=%2 reclaimable=%3 cacheHits=%4 unreadable=%5 "
-                           "badNames=%6")
+                           "changed=%6 badNames=%7")
                 .arg(m_inventoryStats.filesIndexed)
                 .arg(m_groups.size())
                 .arg(reclaimable)
                 .arg(m_engineStats.prunedByCache)
                 .arg(m_engineStats.unreadable)
+                .arg(m_engineStats.changedDuringScan)
                 .arg(m_inventoryStats.badNameFilesSkipped + m_inventoryStats.badNameFoldersSkipped));
     setPhase(Phase::results);
 }

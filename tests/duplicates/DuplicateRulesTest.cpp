@@ -174,6 +174,13 @@ TEST(NotScannedSummary, WordingForOneAndForTwo)
     inventory.unreadableDirectories = 2;
     EXPECT_EQ(notScannedSummary(inventory, {}), QStringLiteral("2 folders could not be opened."));
 
+    engine = {};
+    engine.unreadable = 1;
+    engine.changedDuringScan = 1;
+    EXPECT_EQ(notScannedSummary({}, engine),
+        QStringLiteral("1 file could not be read. 1 file changed during the scan and was left out — scan again to "
+                       "compare it."));
+
     inventory = {};
     inventory.badNameFilesSkipped = inventory.badNameFoldersSkipped = 1;
     EXPECT_EQ(notScannedSummary(inventory, {}),
