@@ -111,7 +111,7 @@ std::optional<QString> blockReason(const DuplicateFile& file)
         return DuplicateTexts::blockedLocked();
     if (file.flags & FileFlags::restricted)
         return DuplicateTexts::blockedSystemProtected();
-    if (InventoryRules::isInsidePackage(file.path.toStdString()))
+    if (InventoryRules::hasPackageComponent(file.path.toStdString()))
         return DuplicateTexts::blockedInsideBundle();
     return std::nullopt;
 }

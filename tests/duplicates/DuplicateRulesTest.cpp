@@ -109,8 +109,13 @@ TEST(DuplicateRules, BlockReasonsAndWhatEachCopyFrees)
     EXPECT_EQ(DuplicateRules::blockReason(member), DuplicateTexts::blockedLocked());
     member.flags &= ~FileFlags::userImmutable;
     EXPECT_EQ(DuplicateRules::blockReason(member), DuplicateTexts::blockedSystemProtected());
-    EXPECT_EQ(DuplicateRules::blockReason(file(QStringLiteral("/x/Photos.photoslibrary/originals/a.jpg"))),
-        QStringLiteral("Inside an app or library bundle — those are removed whole, never file by file"));
+    const QString insideBundle
+        = QStringLiteral("Inside an app or library bundle — those are removed whole, never file by file");
+    EXPECT_EQ(
+        DuplicateRules::blockReason(file(QStringLiteral("/x/Photos.photoslibrary/originals/a.jpg"))), insideBundle);
+    EXPECT_EQ(DuplicateRules::blockReason(file(QStringLiteral("/x/Talks/talk.key"))), insideBundle)
+        << "the file's own name counts";
+    EXPECT_FALSE(DuplicateRules::blockReason(file(QStringLiteral("/x/key/talk.keynote"))));
 
     DuplicateFile hardLinked = file(QStringLiteral("/data/b.bin"));
     hardLinked.linkCount = 2;

@@ -1,16 +1,53 @@
 #include "DuplicateFixtures.h"
+#include "ProgramHome.h"
 #include "TestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonParseError>
 
+#include <algorithm>
+
 #include <unistd.h>
+
+namespace {
+
+QJsonObject documentOf(const CommandRun& run)
+{
+    EXPECT_EQ(run.status, 0) << run.err.toStdString();
+    return QJsonDocument::fromJson(run.out.toUtf8()).object();
+}
+
+// The members of the set that holds a file named `name`.
+QJsonArray setHolding(const QJsonObject& document, const QString& name)
+{
+    for (const QJsonValue& set : document[QStringLiteral("sets")].toArray()) {
+        const QJsonArray members = set[QStringLiteral("members")].toArray();
+        if (std::any_of(members.begin(), members.end(), [&](const QJsonValue& member) {
+                return member[QStringLiteral("path")].toString().endsWith(QLatin1Char('/') + name);
+            }))
+            return members;
+    }
+    return {};
+}
+
+QStringList pathsWhere(const QJsonArray& members, const char* flag)
+{
+    QStringList paths;
+    for (const QJsonValue& member : members)
+        if (member[QLatin1String(flag)].toBool())
+            paths.append(member[QStringLiteral("path")].toString());
+    paths.sort();
+    return paths;
+}
+
+} // namespace
 
 TEST(DuplicatesCommand, PrintsEachSetWithTheKeeperFirstAndTheTickedCopies)
 {
@@ -111,4 +148,21 @@ TEST(DuplicatesCommand, RunsWithoutLoadingTheWindowLibraries)
     EXPECT_FALSE(run.err.contains(QStringLiteral("libQt6Gui")));
     EXPECT_FALSE(run.err.contains(QStringLiteral("libQt6Widgets")));
     EXPECT_TRUE(run.out.contains(QStringLiteral("1 set")));
+}
+
+TEST(DuplicatesCommand, CopiesNamedLikeABundleAreShownButNeverTicked)
+{
+    FixtureTree tree;
+    const QByteArray talk = patternBytes(6000, 3);
+    tree.write(QStringLiteral("conference/talk.key"), talk);
+    tree.write(QStringLiteral("backup/talk.key"), talk);
+
+    const QJsonObject document
+        = documentOf(runVelloru({QStringLiteral("duplicates"), QStringLiteral("--json"), tree.path()}));
+    const QJsonArray members = setHolding(document, QStringLiteral("talk.key"));
+    ASSERT_EQ(members.size(), 2) << QJsonDocument(document).toJson().toStdString();
+    EXPECT_EQ(pathsWhere(members, "selected"), QStringList());
+    for (const QJsonValue& member : members)
+        EXPECT_EQ(member[QStringLiteral("blockReason")].toString(),
+            QStringLiteral("Inside an app or library bundle — those are removed whole, never file by file"));
 }
