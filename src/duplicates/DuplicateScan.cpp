@@ -76,8 +76,7 @@ void DuplicateScan::start()
     for (const QString& root : m_roots)
         options.roots.push_back(QFile::encodeName(root).toStdString());
     options.homePath = QFile::encodeName(QDir::homePath()).toStdString();
-    // Empty files are never offered: removing one frees nothing.
-    options.sizeFloor = std::max<std::uint64_t>(m_minimumSize, 1);
+    options.sizeFloor = m_minimumSize;
 
     m_groups.clear();
     m_notScanned.clear();

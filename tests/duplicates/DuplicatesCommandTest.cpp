@@ -166,3 +166,23 @@ TEST(DuplicatesCommand, CopiesNamedLikeABundleAreShownButNeverTicked)
         EXPECT_EQ(member[QStringLiteral("blockReason")].toString(),
             QStringLiteral("Inside an app or library bundle — those are removed whole, never file by file"));
 }
+
+TEST(DuplicatesCommand, AMinimumSizeOfZeroFindsEmptyFilesToo)
+{
+    FixtureTree tree;
+    tree.write(QStringLiteral("a/empty"), {});
+    tree.write(QStringLiteral("b/empty"), {});
+    tree.write(QStringLiteral("a/one"), "x");
+    tree.write(QStringLiteral("b/one"), "x");
+    const auto setSizes = [&](const QString& minimum) {
+        const QJsonObject document = documentOf(runVelloru({QStringLiteral("duplicates"), QStringLiteral("--json"),
+            QStringLiteral("--min-size"), minimum, tree.path()}));
+        QList<qint64> sizes;
+        for (const QJsonValue& set : document[QStringLiteral("sets")].toArray())
+            sizes.append(set[QStringLiteral("size")].toInteger());
+        std::sort(sizes.begin(), sizes.end());
+        return sizes;
+    };
+    EXPECT_EQ(setSizes(QStringLiteral("0")), QList<qint64>({0, 1}));
+    EXPECT_EQ(setSizes(QStringLiteral("1")), QList<qint64>({1}));
+}
