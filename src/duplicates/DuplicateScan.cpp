@@ -55,11 +55,14 @@ QStringList DuplicateScan::defaultRoots()
         QStandardPaths::writableLocation(QStandardPaths::DownloadLocation),
         QStandardPaths::writableLocation(QStandardPaths::DesktopLocation),
     };
+    const QString resolvedHome = QFileInfo(home).canonicalFilePath();
     QStringList roots;
     for (const QString& candidate : candidates) {
         const QString folder = QDir::cleanPath(candidate);
-        // A user folder pointed at the home itself would turn the scan into a scan of everything.
-        if (folder != home && QFileInfo(folder).isDir() && !roots.contains(folder))
+        // A user folder pointed at the home itself, by name or through a link, would turn the scan into a
+        // scan of everything.
+        if (folder != home && QFileInfo(folder).isDir() && QFileInfo(folder).canonicalFilePath() != resolvedHome
+            && !roots.contains(folder))
             roots.append(folder);
     }
     return roots;

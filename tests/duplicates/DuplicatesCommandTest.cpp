@@ -150,6 +150,44 @@ TEST(DuplicatesCommand, RunsWithoutLoadingTheWindowLibraries)
     EXPECT_TRUE(run.out.contains(QStringLiteral("1 set")));
 }
 
+TEST(DuplicatesCommand, CopiesInADocumentsFolderThatIsALinkAreLeftForTheUserToChoose)
+{
+    ProgramHome home;
+    const QByteArray photo = patternBytes(6000, 1);
+    const QByteArray report = patternBytes(7000, 2);
+    home.tree().write(QStringLiteral("home/docs/2023/photo.jpg"), photo);
+    home.tree().write(QStringLiteral("home/docs/2024/photo.jpg"), photo);
+    home.tree().write(QStringLiteral("home/docs/report.pdf"), report);
+    home.tree().write(QStringLiteral("home/Downloads/report.pdf"), report);
+    // ~/Documents is a link to ~/docs; ~/Music is a link to the home itself.
+    ASSERT_EQ(::symlink("docs", QFile::encodeName(home.path(QStringLiteral("Documents")))), 0);
+    ASSERT_EQ(::symlink(".", QFile::encodeName(home.path(QStringLiteral("Music")))), 0);
+    const QString docs = QFileInfo(home.path(QStringLiteral("docs"))).canonicalFilePath();
+    const QString downloads = QFileInfo(home.path(QStringLiteral("Downloads"))).canonicalFilePath();
+
+    const QJsonObject byDefault = documentOf(home.run({QStringLiteral("duplicates"), QStringLiteral("--json")}));
+    EXPECT_EQ(byDefault[QStringLiteral("roots")].toVariant().toStringList(),
+        QStringList({home.path(QStringLiteral("Documents")), home.path(QStringLiteral("Downloads"))}))
+        << "a user folder that leads to the home itself is no root";
+
+    // The same copies whether the folder is named through the link, by where it leads, or found by walking
+    // the home (which never follows the link).
+    const QJsonObject byTarget = documentOf(home.run({QStringLiteral("duplicates"), QStringLiteral("--json"),
+        home.path(QStringLiteral("docs")), home.path(QStringLiteral("Downloads"))}));
+    const QJsonObject wholeHome
+        = documentOf(home.run({QStringLiteral("duplicates"), QStringLiteral("--json"), home.path()}));
+    for (const QJsonObject* document : {&byDefault, &byTarget, &wholeHome}) {
+        SCOPED_TRACE(QJsonDocument(*document).toJson().toStdString());
+        EXPECT_EQ((*document)[QStringLiteral("sets")].toArray().size(), 2);
+        const QJsonArray photos = setHolding(*document, QStringLiteral("photo.jpg"));
+        EXPECT_EQ(photos.size(), 2);
+        EXPECT_EQ(pathsWhere(photos, "selected"), QStringList()) << "both copies are in Documents";
+        const QJsonArray reports = setHolding(*document, QStringLiteral("report.pdf"));
+        EXPECT_EQ(pathsWhere(reports, "keeper"), QStringList({docs + QStringLiteral("/report.pdf")}));
+        EXPECT_EQ(pathsWhere(reports, "selected"), QStringList({downloads + QStringLiteral("/report.pdf")}));
+    }
+}
+
 TEST(DuplicatesCommand, CopiesNamedLikeABundleAreShownButNeverTicked)
 {
     FixtureTree tree;
