@@ -155,6 +155,23 @@ TEST(DuplicateRules, GroupsWithMoreToGainComeFirstThenLargerSets)
     EXPECT_EQ(counts, QList<qsizetype>({2, 3, 2, 2}));
 }
 
+TEST(DuplicateRules, SetsThatFreeAsMuchWithAsManyCopiesGoByTheKeepersPath)
+{
+    // The order is the same on every run, whichever order the comparison proved the sets in.
+    const auto pair = [](const QString& folder) {
+        return groupOf({file(folder + QStringLiteral("/copy.bin")), file(folder + QStringLiteral("/x/copy.bin"))});
+    };
+    QList<DuplicateGroup> groups
+        = {pair(QStringLiteral("/data/b")), pair(QStringLiteral("/data/c")), pair(QStringLiteral("/data/a"))};
+    DuplicateRules::sortGroups(groups);
+    QStringList keepers;
+    for (const DuplicateGroup& group : groups)
+        keepers.append(group.keeper()->path);
+    EXPECT_EQ(keepers,
+        QStringList({QStringLiteral("/data/a/copy.bin"), QStringLiteral("/data/b/copy.bin"),
+            QStringLiteral("/data/c/copy.bin")}));
+}
+
 TEST(NotScannedSummary, WordingForOneAndForTwo)
 {
     InventoryStats inventory;
