@@ -167,6 +167,7 @@ void printJson(const DuplicateScan& scan, QTextStream& out)
                                  .add(u"verifyBytesRead", qint64(engine.verifyBytesRead))
                                  .add(u"prunedByCache", qint64(engine.prunedByCache))
                                  .add(u"unreadable", qint64(engine.unreadable))
+                                 .add(u"changedDuringScan", qint64(engine.changedDuringScan))
                                  .add(u"groupsConfirmed", qint64(engine.groupsConfirmed))
                                  .finish();
     QByteArray text = JsonObjectWriter()

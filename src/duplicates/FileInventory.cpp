@@ -43,6 +43,14 @@ bool isRepresentable(std::string_view name)
     return LocalPath::isRepresentable(QByteArrayView(name.data(), qsizetype(name.size())));
 }
 
+// The path with every symbolic link on it resolved; nothing when it leads nowhere.
+std::optional<std::string> resolvedPath(const std::string& path)
+{
+    std::error_code error;
+    std::string resolved = std::filesystem::canonical(path, error).string();
+    return error ? std::nullopt : std::optional(std::move(resolved));
+}
+
 std::string childPath(std::string_view parent, std::string_view name)
 {
     std::string path;
@@ -247,14 +255,18 @@ int FileInventory::readerCount()
     return std::clamp(processors - 2, 2, 8);
 }
 
-Inventory FileInventory::build(const InventoryOptions& options, const Cancelled& cancelled, const Progress& progress)
+Inventory FileInventory::build(const InventoryOptions& given, const Cancelled& cancelled, const Progress& progress)
 {
+    // Every path is read in its resolved form, so a folder named through a link is the folder itself to
+    // every rule, and the home the rules compare those paths with is resolved the same way.
+    InventoryOptions options = given;
+    options.homePath = resolvedPath(given.homePath).value_or(given.homePath);
     State state;
     for (const std::string& root : options.roots) {
-        std::error_code error;
-        const std::string path = std::filesystem::canonical(root, error).string();
-        if (error)
+        const std::optional<std::string> resolved = resolvedPath(root);
+        if (!resolved)
             continue;
+        const std::string& path = *resolved;
         if (!isRepresentable(path)) {
             ++state.stats.badNameFoldersSkipped; // reached through a link to a folder with such a name
             continue;

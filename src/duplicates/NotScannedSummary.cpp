@@ -36,6 +36,9 @@ QString notScannedSummary(const InventoryStats& inventory, const EngineStats& en
         " measured whole rather than opened up");
     addClause(clauses, inventory.unreadableDirectories, " folder", "", "s", " could not be opened");
     addClause(clauses, engine.unreadable, " file", "", "s", " could not be read");
+    addClause(clauses, engine.changedDuringScan,
+        QStringLiteral("1 file changed during the scan and was left out — scan again to compare it"),
+        QStringLiteral("%1 files changed during the scan and were left out — scan again to compare them"));
     addClause(clauses, inventory.badNameFilesSkipped,
         QStringLiteral("1 file has a name that isn’t valid UTF-8 and was left out — rename it to include it"),
         QStringLiteral("%1 files have names that aren’t valid UTF-8 and were left out — rename them to include them"));

@@ -99,7 +99,7 @@ TEST(JsonContract, EveryCommandKeepsItsKeysAndTheirTypes)
         "reclaimableBytes": "integer", "notScanned": "string",
         "stats": {"filesIndexed": "integer", "candidatesAfterSize": "integer", "candidatesAfterPrehash": "integer",
             "prehashBytesRead": "integer", "verifyBytesRead": "integer", "prunedByCache": "integer",
-            "unreadable": "integer", "groupsConfirmed": "integer"},
+            "unreadable": "integer", "changedDuringScan": "integer", "groupsConfirmed": "integer"},
         "sets": [{"size": "integer", "contentHash": "string", "reclaimable": "integer",
             "members": [{"path": "string", "keeper": "boolean", "selected": "boolean", "size": "integer",
                 "reclaimable": "integer", "blockReason?": "string", "otherNames": ["string"]}]}]})")),

@@ -92,8 +92,12 @@ TEST(FileInventory, ExclusionRules)
             "/media/usb", "/srv/files", "/opt/app", "/usr/local/data", "/usr/library", "/procs", "/work/usr/lib"})
         EXPECT_FALSE(isExcludedPath(path, home)) << path;
 
-    EXPECT_TRUE(InventoryRules::isInsidePackage("/x/Photos.photoslibrary/a.jpg"));
-    EXPECT_FALSE(InventoryRules::isInsidePackage("/x/Photos/a.photoslibrary"));
+    using InventoryRules::hasPackageComponent;
+    EXPECT_TRUE(hasPackageComponent("/x/Photos.photoslibrary/a.jpg"));
+    EXPECT_TRUE(hasPackageComponent("/x/Photos/talk.key"));
+    EXPECT_TRUE(hasPackageComponent("Tool.APP"));
+    EXPECT_FALSE(hasPackageComponent("/x/key/app/talk.txt"));
+    EXPECT_FALSE(hasPackageComponent("/"));
 }
 
 TEST(FileInventory, SameDeviceFlagStopsAtAnotherFileSystem)

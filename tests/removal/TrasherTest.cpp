@@ -121,17 +121,41 @@ TEST(Trasher, FailuresGetTheirOwnSentences)
     EXPECT_TRUE(result.trashedURLs.isEmpty());
     EXPECT_EQ(result.failed[0].reason, TrashTexts::vanished());
     EXPECT_EQ(result.failed[1].reason, TrashTexts::alreadyInTrash());
+}
 
-    // An immutable file refuses even root.
+TEST(Trasher, AnImmutableFileStaysWhereItIsWithTheSentenceThatSaysWhy)
+{
+    FixtureTree tree;
     const QString locked = tree.write(QStringLiteral("locked.txt"), "locked");
-    int status = -1;
-    if (runTool(QStringLiteral("chattr"), {QStringLiteral("+i"), locked}, &status) && status == 0) {
-        const TrashResult refused = trash({locked});
-        runTool(QStringLiteral("chattr"), {QStringLiteral("-i"), locked});
-        ASSERT_EQ(refused.failed.size(), 1);
-        EXPECT_EQ(refused.failed[0].reason, TrashTexts::systemProtected());
-        EXPECT_TRUE(QFile::exists(locked));
-    }
+    const ImmutableFlag flag(locked);
+    if (!flag.isSet())
+        GTEST_SKIP() << "chattr +i could not make the test's file immutable (it needs root and a file system that "
+                        "keeps the flag): "
+                     << flag.failure().toStdString();
+
+    // The flag refuses the rename even to root.
+    const TrashResult refused = trash({locked});
+    ASSERT_EQ(refused.failed.size(), 1);
+    EXPECT_EQ(refused.failed[0].reason, TrashTexts::systemProtected());
+    EXPECT_TRUE(refused.succeeded.isEmpty());
+    EXPECT_EQ(readWholeFile(locked), "locked");
+}
+
+TEST(Trasher, ASecondDotfileIsNumberedAfterItsWholeName)
+{
+    // ".bashrc" has no extension: its copies are ".bashrc 1" and ".bashrc 2", never " 1.bashrc".
+    FixtureTree tree;
+    const QString first = tree.write(QStringLiteral("a/.bashrc"), "first");
+    const QString second = tree.write(QStringLiteral("b/.bashrc"), "second");
+    const QString third = tree.write(QStringLiteral("c/.bashrc"), "third");
+
+    const TrashResult result = trash({first, second, third});
+    ASSERT_TRUE(result.failed.isEmpty()) << result.failed.first().reason.toStdString();
+    EXPECT_EQ(result.trashedURLs.value(first), homeTrashFiles() + QStringLiteral("/.bashrc"));
+    EXPECT_EQ(result.trashedURLs.value(second), homeTrashFiles() + QStringLiteral("/.bashrc 1"));
+    EXPECT_EQ(result.trashedURLs.value(third), homeTrashFiles() + QStringLiteral("/.bashrc 2"));
+    EXPECT_EQ(readWholeFile(homeTrashFiles() + QStringLiteral("/.bashrc 2")), "third");
+    EXPECT_TRUE(readWholeFile(homeTrashPath() + QStringLiteral("/info/.bashrc 1.trashinfo")).contains("/b/.bashrc\n"));
 }
 
 TEST(Trasher, AnItemOnAnotherVolumeStaysOnThatVolume)
