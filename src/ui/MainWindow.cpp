@@ -17,6 +17,7 @@
 #include "ui/usage/UsagePage.h"
 
 #include <QCloseEvent>
+#include <QScreen>
 #include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -25,6 +26,8 @@
 namespace {
 
 constexpr int sidebarWidth = 220;
+// Where the window was and how large, as Qt saves it.
+const QString windowGeometryKey = QStringLiteral("windowGeometry");
 constexpr int tourIntervalMs = 1500;
 
 } // namespace
@@ -42,14 +45,16 @@ MainWindow::MainWindow(AppState& state, SettingsRouter& router, QSettings& defau
     , m_startup(defaults, &state.permissions())
 {
     setWindowTitle(QStringLiteral("Velloru"));
-    resize(1080, 700);
     setMinimumSize(760, 480);
+    // A first launch opens at a comfortable size, but never larger than a small screen; later launches
+    // restore where the window was left (below).
+    resize(QSize(1080, 700).boundedTo(screen()->availableGeometry().size()).expandedTo(minimumSize()));
 
     m_steps = new QStackedWidget(this);
     auto* welcome = new WelcomeStep(m_steps);
     m_steps->addWidget(welcome);
     buildSections();
-    auto* permissions = new PermissionsStep(m_state.permissions(), m_steps);
+    auto* permissions = new PermissionsStep(m_state.permissions(), m_state.helper(), m_state.helperService(), m_steps);
     m_steps->addWidget(permissions);
     setCentralWidget(m_steps);
     installAppMenu(*this, m_state, m_router);
@@ -62,6 +67,7 @@ MainWindow::MainWindow(AppState& state, SettingsRouter& router, QSettings& defau
     connect(&m_state, &AppState::navigationTickChanged, this, &MainWindow::showSelection);
     connect(m_splitter, &QSplitter::splitterMoved, this, &MainWindow::saveSplitState);
     showSelection();
+    restoreGeometry(m_defaults.value(windowGeometryKey).toByteArray());
 }
 
 MainWindow::~MainWindow() = default;
@@ -79,6 +85,9 @@ void MainWindow::buildSections()
         QWidget* page = makePage(destination);
         m_pages.insert(destination, page);
         m_detail->addWidget(page);
+        // A section that is not built yet counts nothing the user could act on, so it shows no badge.
+        if (qobject_cast<PlaceholderPage*>(page))
+            m_sidebar->hideBadge(destination);
     }
     m_splitter->addWidget(m_sidebar);
     m_splitter->addWidget(m_detail);
@@ -92,13 +101,17 @@ QWidget* MainWindow::makePage(Destination destination)
     switch (destination) {
     case Destination::dashboard: return new DashboardPage(m_state, m_detail);
     case Destination::diskUsage: {
-        MoveToTrash moveToTrash = [this](const QString& path) -> std::optional<QString> {
-            TrashRecorder recorder(m_state.audit().journal(), Destinations::title(Destination::diskUsage));
-            const TrashResult result = m_state.trasher().moveToTrash(TrashRequests::measured({path}), &recorder);
-            m_state.audit().record(recorder);
-            if (result.failed.isEmpty())
-                return std::nullopt;
-            return result.failed.first().reason;
+        // Runs on a worker thread; the log is folded on the main thread, in the answer.
+        MoveToTrash moveToTrash = [&state = m_state](const QString& path) -> TrashAnswer {
+            auto recorder
+                = std::make_shared<TrashRecorder>(state.audit().journal(), Destinations::title(Destination::diskUsage));
+            const TrashResult result = state.trasher().moveToTrash(TrashRequests::measured({path}), recorder.get());
+            return [&state, recorder, result]() -> std::optional<QString> {
+                state.audit().record(*recorder);
+                if (result.failed.isEmpty())
+                    return std::nullopt;
+                return result.failed.first().reason;
+            };
         };
         return new UsagePage(m_defaults, std::move(moveToTrash), m_detail);
     }
@@ -115,8 +128,11 @@ QWidget* MainWindow::currentPage() const
 
 SettingsWindow* MainWindow::settingsWindow()
 {
-    if (!m_settings)
+    if (!m_settings) {
         m_settings = new SettingsWindow(m_router, m_defaults, m_state.helper(), m_state.helperService(), this);
+        if (auto* usage = qobject_cast<UsagePage*>(m_pages.value(Destination::diskUsage)))
+            connect(m_settings, &SettingsWindow::chartStyleChanged, usage, &UsagePage::applyChartStyle);
+    }
     return m_settings;
 }
 
@@ -154,6 +170,7 @@ void MainWindow::showEvent(QShowEvent* event)
 void MainWindow::closeEvent(QCloseEvent* event)
 {
     saveSplitState();
+    m_defaults.setValue(windowGeometryKey, saveGeometry());
     QMainWindow::closeEvent(event);
 }
 
