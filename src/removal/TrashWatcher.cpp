@@ -69,4 +69,12 @@ void TrashWatcher::watchWhatExists()
     for (const QString& folder : {m_folder, m_folder + QStringLiteral("/files")})
         if (!watched.contains(folder) && QFileInfo(folder).isDir())
             m_source.addPath(folder);
+    // While there is no Trash, the folder it will be made in is watched, so that a Trash made and emptied
+    // again between two ticks is still seen; once it exists, its own events are enough.
+    const QString parent = QFileInfo(m_folder).path();
+    const bool trashExists = QFileInfo(m_folder).isDir();
+    if (!trashExists && !watched.contains(parent) && QFileInfo(parent).isDir())
+        m_source.addPath(parent);
+    else if (trashExists && watched.contains(parent))
+        m_source.removePath(parent);
 }
