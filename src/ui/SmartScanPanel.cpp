@@ -128,7 +128,13 @@ SmartScanPanel::SmartScanPanel(SmartScanSession& session, QWidget* parent)
             m_review->actionOutcome()->showNote(
                 QStringLiteral("%1 is left out of Smart Scan from now on.").arg(item.url.toLocalFile()));
     });
-    connect(&m_session, &SmartScanSession::phaseChanged, this, &SmartScanPanel::showPhase);
+    connect(&m_session, &SmartScanSession::phaseChanged, this, [this] {
+        // A clean that just finished put its items in the Trash, whatever the last Trash reading said; only a
+        // reading taken after it can tell that the Trash was emptied since.
+        if (std::holds_alternative<ScanPhase::Done>(m_session.phase()))
+            m_trashEmpty = false;
+        showPhase();
+    });
     connect(&m_session, &SmartScanSession::selectionChanged, this, &SmartScanPanel::showSelection);
     showPhase();
 }

@@ -240,6 +240,11 @@ TEST(DashboardSmartScan, ItemsOfferRevealCopyPathAndExcludeAndTheCardFollowsTheT
     panel.cleanButton()->click();
     ASSERT_TRUE(waitForPhase<ScanPhase::Done>(state));
     EXPECT_EQ(panel.doneLabel()->text(), SmartScanTexts::removalSummary(2, 420'000));
+    // The user empties the Trash once the card has shown what is in it.
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return page.trashSummaryLabel()->text().startsWith(QStringLiteral("2 items")); }, 10'000))
+        << page.trashSummaryLabel()->text().toStdString();
+    EXPECT_EQ(panel.doneLabel()->text(), SmartScanTexts::removalSummary(2, 420'000));
     const QString trash = QString::fromUtf8(qgetenv("XDG_DATA_HOME")) + QStringLiteral("/Trash");
     ASSERT_TRUE(QDir(trash).removeRecursively());
     EXPECT_TRUE(QTest::qWaitFor(
