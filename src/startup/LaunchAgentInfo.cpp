@@ -1,4 +1,4 @@
-#include "scan/LaunchAgentInfo.h"
+#include "startup/LaunchAgentInfo.h"
 
 #include "apps/DesktopEntry.h"
 #include "scan/FolderEntries.h"
@@ -39,6 +39,8 @@ std::optional<LaunchAgentInfo> readUnit(const QString& path)
         const QString value = line.mid(equals + 1).trimmed();
         if (section == QLatin1String("[Service]") && key == QLatin1String("ExecStart") && execStart.isEmpty())
             execStart = value;
+        else if (section == QLatin1String("[Unit]") && key == QLatin1String("Description"))
+            info.description = value;
         else if (section == QLatin1String("[Service]") && key == QLatin1String("Restart"))
             info.keepAlive = value != QLatin1String("no");
         else if (section == QLatin1String("[Install]") && key == QLatin1String("WantedBy"))
