@@ -19,14 +19,15 @@ bool programExists(const QString& program)
 std::optional<LaunchAgentInfo> readUnit(const QString& path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    // A unit is a few hundred bytes; anything past a megabyte is no unit.
+    if (!file.open(QIODevice::ReadOnly) || file.size() > 1024 * 1024)
         return std::nullopt;
     LaunchAgentInfo info;
     info.id = path;
     info.label = QFileInfo(path).fileName();
     QString section;
     QString execStart;
-    for (const QByteArray& rawLine : file.read(1024 * 1024).split('\n')) {
+    for (const QByteArray& rawLine : file.readAll().split('\n')) {
         const QString line = QString::fromUtf8(rawLine).trimmed();
         if (line.startsWith(QLatin1Char('['))) {
             section = line;

@@ -88,11 +88,11 @@ struct AutostartFile {
 std::optional<AutostartFile> readAutostart(const QString& path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!file.open(QIODevice::ReadOnly) || file.size() > 1024 * 1024) {
         logLine(QStringLiteral("autostart entry skipped path=%1 reason=unreadable").arg(logValue(path)));
         return std::nullopt;
     }
-    const QByteArray content = file.read(1024 * 1024);
+    const QByteArray content = file.readAll();
     std::optional<DesktopEntry> entry = DesktopEntry::parse(content);
     if (!entry) {
         logLine(QStringLiteral("autostart entry skipped path=%1 reason=unparsable").arg(logValue(path)));
