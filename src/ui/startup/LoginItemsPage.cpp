@@ -19,6 +19,7 @@ LoginItemsPage::LoginItemsPage(AppState& state, QWidget* parent)
     : QWidget(parent)
     , m_state(state)
 {
+    setObjectName(QStringLiteral("page-loginItems"));
     auto* outer = new QVBoxLayout(this);
     outer->setContentsMargins(0, 0, 0, 0);
     auto* scroll = new QScrollArea(this);
