@@ -14,7 +14,7 @@
 
 namespace {
 
-// Runs off the main thread. Extensions and login items are counted once their scanners exist.
+// Runs off the main thread. Extensions are counted once their scanner exists; login items by their own scan.
 // The permissions this edition can check. Full Disk Access means something only inside a sandbox;
 // background activity joins when the mount agent does.
 QList<PermissionCheck> permissionChecks(HelperManager& helper, HelperService& service, FullDiskAccess& fullDisk)
@@ -47,6 +47,7 @@ AppState::AppState()
           homeTrashPath())
     , m_running(m_inventory)
     , m_trasher(&m_helperTrash)
+    , m_startup(StartupLocations::forThisUser(), m_helper, m_trasher, m_audit)
     , m_smartScan(m_inventory, m_running, m_trasher, m_audit, SmartScanLocations::forHome(QDir::homePath()))
     , m_permissions(m_defaults, permissionChecks(m_helper, m_helperService, m_fullDisk),
           DefaultsKey::permissionsEverGranted, DefaultsKey::permissionsRemindSuppressed)
@@ -61,6 +62,11 @@ AppState::AppState()
     if (m_helper.state() == HelperManager::State::ready && !HelperProtocol::socketOverridden())
         QTimer::singleShot(0, &m_helperRefresh, [this] { m_helperRefresh.checkAndRefresh(); });
     m_inventory.startMonitoring();
+    connect(&m_startup, &StartupItems::scanned, this, [this] {
+        SidebarCounts::Counts counts = m_counts.counts();
+        counts.insert(Destination::loginItems, int(m_startup.items().size()));
+        m_counts.setCounts(std::move(counts));
+    });
     // Installing the helper from any Set Up button changes the checklist too.
     connect(&m_helper, &HelperManager::changed, &m_permissions, &PermissionCenter::update);
 }
@@ -105,9 +111,12 @@ void AppState::refreshCounts()
 {
     if (m_countsTask)
         return;
+    m_startup.scan();
     m_countsTask = runInBackground(
         this, [home = QDir::homePath()] { return countSections(home); },
         [this](SidebarCounts::Counts counts) {
+            if (m_startup.hasScanned())
+                counts.insert(Destination::loginItems, int(m_startup.items().size()));
             m_counts.setCounts(std::move(counts));
             m_countsTask.reset();
             Q_EMIT countsRefreshed();

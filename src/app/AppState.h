@@ -14,6 +14,7 @@
 #include "removal/Trasher.h"
 #include "scan/RunningMonitor.h"
 #include "scan/SmartScanSession.h"
+#include "startup/StartupItems.h"
 
 #include <QObject>
 #include <QSettings>
@@ -49,6 +50,8 @@ public:
     RunningMonitor& running() { return m_running; }
     // The mount-agent registrar follows the running-apps monitor.
     SidebarCounts& counts() { return m_counts; }
+    // What starts by itself at login; its count is the Login Items badge.
+    StartupItems& startup() { return m_startup; }
     // The dashboard's Smart Scan, kept here so that a scan survives the page being rebuilt.
     SmartScanSession& smartScan() { return m_smartScan; }
     // The duplicates vault follows `counts`.
@@ -92,6 +95,7 @@ private:
     Trasher m_trasher;
     TrashWatcher m_trashWatcher;
     SidebarCounts m_counts;
+    StartupItems m_startup;
     SmartScanSession m_smartScan;
     FullDiskAccess m_fullDisk;
     QSettings m_defaults; // the permission checklist keeps its ledger here

@@ -50,6 +50,10 @@ const Command commands[] = {
         runHelperCommand},
     {"maintenance", "maintenance [TASK]", "Lists the one-click maintenance tasks, or runs one through the helper.",
         runMaintenanceCommand},
+    {"startup", "startup list [--json] | startup off|on|remove ID [--json]",
+        "Lists what starts by itself at login (apps, background agents, system daemons) with its state, or "
+        "switches one off or on, or moves it to the Trash.",
+        runStartupCommand},
 };
 
 void printHelp(QTextStream& out)

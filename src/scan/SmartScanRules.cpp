@@ -6,9 +6,9 @@
 #include "platform/LinkTarget.h"
 #include "removal/ItemSize.h"
 #include "scan/FolderEntries.h"
-#include "scan/LaunchAgentInfo.h"
 #include "scan/ScanPulse.h"
 #include "scan/SmartScanTexts.h"
+#include "startup/LaunchAgentInfo.h"
 
 #include <QFile>
 #include <QFileInfo>

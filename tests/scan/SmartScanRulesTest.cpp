@@ -1,9 +1,9 @@
 #include "TestSupport.h"
 
-#include "scan/LaunchAgentInfo.h"
 #include "scan/ScanPulse.h"
 #include "scan/SmartScanRules.h"
 #include "scan/SmartScanTexts.h"
+#include "startup/LaunchAgentInfo.h"
 
 #include <gtest/gtest.h>
 

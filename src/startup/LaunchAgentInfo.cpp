@@ -1,4 +1,4 @@
-#include "scan/LaunchAgentInfo.h"
+#include "startup/LaunchAgentInfo.h"
 
 #include "apps/DesktopEntry.h"
 #include "scan/FolderEntries.h"
@@ -19,14 +19,15 @@ bool programExists(const QString& program)
 std::optional<LaunchAgentInfo> readUnit(const QString& path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    // A unit is a few hundred bytes; anything past a megabyte is no unit.
+    if (!file.open(QIODevice::ReadOnly) || file.size() > 1024 * 1024)
         return std::nullopt;
     LaunchAgentInfo info;
     info.id = path;
     info.label = QFileInfo(path).fileName();
     QString section;
     QString execStart;
-    for (const QByteArray& rawLine : file.read(1024 * 1024).split('\n')) {
+    for (const QByteArray& rawLine : file.readAll().split('\n')) {
         const QString line = QString::fromUtf8(rawLine).trimmed();
         if (line.startsWith(QLatin1Char('['))) {
             section = line;
@@ -39,6 +40,8 @@ std::optional<LaunchAgentInfo> readUnit(const QString& path)
         const QString value = line.mid(equals + 1).trimmed();
         if (section == QLatin1String("[Service]") && key == QLatin1String("ExecStart") && execStart.isEmpty())
             execStart = value;
+        else if (section == QLatin1String("[Unit]") && key == QLatin1String("Description"))
+            info.description = value;
         else if (section == QLatin1String("[Service]") && key == QLatin1String("Restart"))
             info.keepAlive = value != QLatin1String("no");
         else if (section == QLatin1String("[Install]") && key == QLatin1String("WantedBy"))

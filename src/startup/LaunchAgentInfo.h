@@ -10,6 +10,7 @@
 struct LaunchAgentInfo {
     QString id;             // the file's path
     QString label;          // the unit's file name, or the autostart entry's Name
+    QString description;    // the unit's Description, when it has one
     QString program;        // the program it starts, or "(no program)" when the file names none
     bool runAtLoad = false; // starts with the session: the unit has an [Install] target, the entry is enabled
     bool keepAlive = false; // the unit restarts its program when it exits
