@@ -46,6 +46,15 @@ const Command commands[] = {
         runHelperCommand},
     {"maintenance", "maintenance [TASK]", "Lists the one-click maintenance tasks, or runs one through the helper.",
         runMaintenanceCommand},
+    {"processes", "processes [--all] [--sort cpu|memory] [--json]",
+        "Lists the running processes with their owner, CPU share, memory and priority; --all adds the ones owned "
+        "by the system.",
+        runProcessesCommand},
+    {"quit", "quit PID [--force]",
+        "Asks a process (or the app it is the main process of) to quit; --force ends it at once.", runQuitCommand},
+    {"priority", "priority PID high|normal|low", "Moves a process to another priority.", runPriorityCommand},
+    {"memory", "memory [--json]", "Shows how memory is used, how pressed the system is, and the apps using the most.",
+        runMemoryCommand},
 };
 
 void printHelp(QTextStream& out)

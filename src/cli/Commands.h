@@ -21,6 +21,10 @@ int runPutBackCommand(CommandContext& context);
 int runTrashSummaryCommand(CommandContext& context);
 int runHelperCommand(CommandContext& context);
 int runMaintenanceCommand(CommandContext& context);
+int runProcessesCommand(CommandContext& context);
+int runQuitCommand(CommandContext& context);
+int runPriorityCommand(CommandContext& context);
+int runMemoryCommand(CommandContext& context);
 
 // Removes `flag` from the arguments; true when it was there.
 bool takeFlag(QStringList& arguments, const QString& flag);
