@@ -7,6 +7,7 @@
 #include "helper/MailOptimizer.h"
 #include "helper/MaintenanceRunner.h"
 #include "ui/Headings.h"
+#include "ui/HelperInstaller.h"
 
 #include <QDir>
 #include <QGroupBox>
@@ -35,6 +36,7 @@ QString meterText(const std::optional<qint64>& value)
 MaintenancePage::MaintenancePage(AppState& state, QWidget* parent)
     : QWidget(parent)
     , m_state(state)
+    , m_installer(new HelperInstaller(state.helper(), state.helperService(), this))
 {
     setObjectName(QStringLiteral("page-maintenance"));
     auto* outer = new QVBoxLayout(this);
@@ -183,18 +185,8 @@ void MaintenancePage::updateMeter()
 void MaintenancePage::press(const MaintenanceTask& task)
 {
     HelperManager& helper = m_state.helper();
-    if (helper.state() != HelperManager::State::ready) {
-        // Installing asks for an administrator's approval, which may take the user a while.
-        if (m_background)
-            return;
-        m_background = runInBackground(
-            this, [&service = m_state.helperService()] { return service.registerService(); },
-            [this](std::optional<HelperService::Error> error) {
-                m_background.reset();
-                m_state.helper().completeInstall(m_state.helperService(), error);
-            });
-        return;
-    }
+    if (helper.state() != HelperManager::State::ready)
+        return m_installer->install();
     const Card card = m_cards.value(task.rawValue);
     card.button->setEnabled(false);
     card.button->setText(QStringLiteral("Running…"));

@@ -10,6 +10,7 @@
 #include <thread>
 
 class AppState;
+class HelperInstaller;
 class QGroupBox;
 class QLabel;
 class QPushButton;
@@ -45,6 +46,7 @@ private:
     void showResult(QLabel* label, bool success, const QString& line);
 
     AppState& m_state;
+    HelperInstaller* m_installer = nullptr;
     QLabel* m_meter = nullptr;
     QGroupBox* m_prompt = nullptr;
     QLabel* m_promptText = nullptr;
@@ -52,5 +54,5 @@ private:
     QSet<QString> m_running; // tasks whose button stays "Running…" whatever else changes
     QPushButton* m_mailButton = nullptr;
     QLabel* m_mailResult = nullptr;
-    std::unique_ptr<std::jthread> m_background; // installing the helper or optimizing Thunderbird
+    std::unique_ptr<std::jthread> m_background; // optimizing Thunderbird
 };
