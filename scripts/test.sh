@@ -18,6 +18,6 @@ UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 # state across threads. Kept to its one test binary so the step stays cheap.
 cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELLORU_SANITIZE=thread >/dev/null
 cmake --build build-tsan --target duplicates_tests
-GTEST_FILTER='FileInventory.*:DuplicateEngine.*:DuplicateScan.*:HashCache.*' \
 TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
-    ctest --test-dir build-tsan -R '^duplicates_tests$' --output-on-failure
+    ctest --test-dir build-tsan -R '^duplicates_tests\.(FileInventory|DuplicateEngine|DuplicateScan|HashCache)\.' \
+    --output-on-failure -j "$jobs"

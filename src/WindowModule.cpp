@@ -1,4 +1,5 @@
 #include "WindowModule.h"
+#include "cli/WindowOptions.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -21,6 +22,13 @@ std::string modulePath()
 
 int runWindowModule(int& argc, char** argv)
 {
+    // Qt aborts the process when it finds no display; a sentence that says what to do instead is kinder.
+    if (!windowCanOpen(argc, argv)) {
+        std::fputs("velloru: there is no display to open the window on — run a command instead, such as “velloru "
+                   "scan” (“velloru help” lists them).\n",
+            stderr);
+        return 1;
+    }
     const std::string path = modulePath();
     void* module = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     const auto entry = module ? reinterpret_cast<WindowEntry>(::dlsym(module, windowEntryPoint)) : nullptr;

@@ -8,5 +8,5 @@ inline constexpr const char* windowEntryPoint = "velloruRunWindow";
 using WindowEntry = int (*)(int* argc, char** argv);
 
 // Loads the module and runs the window until the user quits; returns the exit status (1, with a sentence
-// on standard error, when the module cannot be loaded).
+// on standard error, when there is no display or the module cannot be loaded).
 int runWindowModule(int& argc, char** argv);

@@ -4,7 +4,7 @@
 #include <malloc.h>
 
 // With a subcommand Velloru runs headless; otherwise it opens the window (Qt's own options, such as
-// "-platform offscreen", begin with a dash and go to the window).
+// "-platform offscreen", begin with a dash and go to the window; any other option is a usage error).
 int main(int argc, char** argv)
 {
     if (isCommandLineInvocation(argc, argv)) {

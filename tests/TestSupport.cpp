@@ -1,17 +1,28 @@
 #include "TestSupport.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QMutex>
 #include <QProcess>
 
+#include <filesystem>
+
+#include <fcntl.h>
 #include <linux/capability.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 FixtureTree::FixtureTree() = default;
+
+FixtureTree::~FixtureTree()
+{
+    std::error_code error;
+    std::filesystem::remove_all(QFile::encodeName(m_dir.path()).toStdString(), error);
+}
 
 QString FixtureTree::path(const QString& relative) const
 {
@@ -142,16 +153,60 @@ QByteArray readWholeFile(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+bool writeFileNamedBytes(const QByteArray& path, const QByteArray& content)
+{
+    const int fd = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd < 0)
+        return false;
+    const bool written = ::write(fd, content.constData(), std::size_t(content.size())) == content.size();
+    return ::close(fd) == 0 && written;
+}
+
+bool makeFolderNamedBytes(const QByteArray& path)
+{
+    return ::mkdir(path.constData(), 0755) == 0;
+}
+
 CommandRun runVelloru(const QStringList& arguments, const QList<QPair<QString, QString>>& environment)
+{
+    return runProgram(QStringLiteral(VELLORU_BINARY), arguments, environment);
+}
+
+CommandRun runProgram(
+    const QString& program, const QStringList& arguments, const QList<QPair<QString, QString>>& environment)
 {
     QProcess process;
     QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
     for (const auto& [name, value] : environment)
         variables.insert(name, value);
     process.setProcessEnvironment(variables);
-    process.start(QStringLiteral(VELLORU_BINARY), arguments);
+    process.start(program, arguments);
     if (!process.waitForFinished(120'000))
         process.kill();
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
         QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};
+}
+
+HelperOnSocket::HelperOnSocket(const QByteArray& tasks, const QProcessEnvironment& environment)
+    : m_socket(m_tree.path(QStringLiteral("helper.sock")))
+{
+    QStringList arguments{
+        QStringLiteral("--socket"), m_socket, QStringLiteral("--allow-uid"), QString::number(::getuid())};
+    if (!tasks.isNull())
+        arguments << QStringLiteral("--tasks") << m_tree.write(QStringLiteral("tasks.json"), tasks);
+    m_daemon.setProcessEnvironment(environment);
+    m_daemon.setProcessChannelMode(QProcess::MergedChannels);
+    m_daemon.start(QStringLiteral(VELLORU_HELPER_BINARY), arguments);
+    QElapsedTimer waited;
+    waited.start();
+    // Waiting for its end a moment at a time notices a helper that gave up at once.
+    while (!QFileInfo::exists(m_socket) && m_daemon.state() != QProcess::NotRunning && waited.elapsed() < 10'000)
+        m_daemon.waitForFinished(20);
+    m_listening = QFileInfo::exists(m_socket);
+}
+
+HelperOnSocket::~HelperOnSocket()
+{
+    m_daemon.kill();
+    m_daemon.waitForFinished();
 }

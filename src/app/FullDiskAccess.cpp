@@ -4,9 +4,15 @@
 
 #include <QDir>
 
-FullDiskAccess::FullDiskAccess(QString home, QObject* parent)
+FullDiskAccess::Confinement FullDiskAccess::currentConfinement()
+{
+    return runningSandboxed() ? Confinement::flatpak : Confinement::none;
+}
+
+FullDiskAccess::FullDiskAccess(QString home, Confinement confinement, QObject* parent)
     : QObject(parent)
     , m_home(home.isEmpty() ? QDir::homePath() : std::move(home))
+    , m_confinement(confinement)
 {
     probe();
 }
@@ -22,7 +28,7 @@ bool FullDiskAccess::homeIsVisible(const QString& home)
 
 void FullDiskAccess::probe()
 {
-    const bool granted = !runningSandboxed() || homeIsVisible(m_home);
+    const bool granted = m_confinement == Confinement::none || homeIsVisible(m_home);
     if (granted == m_granted)
         return;
     m_granted = granted;

@@ -9,7 +9,12 @@ class FullDiskAccess : public QObject {
     Q_OBJECT
 
 public:
-    explicit FullDiskAccess(QString home = {}, QObject* parent = nullptr);
+    // Where Velloru runs; only a sandbox can hide the user's folders.
+    enum class Confinement { none, flatpak };
+    static Confinement currentConfinement();
+
+    explicit FullDiskAccess(
+        QString home = {}, Confinement confinement = currentConfinement(), QObject* parent = nullptr);
 
     bool isGranted() const { return m_granted; }
     // Looks again; stores the result only when it changed.
@@ -23,5 +28,6 @@ Q_SIGNALS:
 
 private:
     QString m_home;
+    Confinement m_confinement;
     bool m_granted = false;
 };

@@ -48,7 +48,8 @@ void PermissionCenter::refresh()
         if (check.refresh)
             check.refresh();
 
-    QStringList ledger = m_defaults.value(m_ledgerKey).toStringList();
+    const QStringList stored = m_defaults.value(m_ledgerKey).toStringList();
+    QStringList ledger = stored;
     const QStringList forcedMissing = m_defaults.value(DefaultsKey::debugMissingPermissions).toStringList();
     QList<Permission> missing, lost;
     for (const PermissionCheck& check : m_checks) {
@@ -62,7 +63,9 @@ void PermissionCenter::refresh()
         if (granted && !ledger.contains(raw))
             ledger.append(raw);
     }
-    m_defaults.setValue(m_ledgerKey, ledger);
+    // Written only when it grew: QSettings writes an empty list as "@Invalid()", which no reader should meet.
+    if (ledger != stored)
+        m_defaults.setValue(m_ledgerKey, ledger);
     m_missing = missing;
     m_lost = lost;
     Q_EMIT changed();

@@ -73,7 +73,7 @@ QStringList removePoisonedSplitViewState(QSettings& defaults)
         const auto frames = parsePaneFrames(value.toStringList());
         if (!frames || isUsable(*frames))
             continue;
-        logLine(QStringLiteral("removing poisoned split-view state key=%1").arg(logValue(key)));
+        logLine(QStringLiteral("removing poisoned split-view state %1").arg(key));
         defaults.remove(key);
         removed.append(key);
     }

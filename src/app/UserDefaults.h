@@ -25,3 +25,10 @@ inline const QString chartStyle = QStringLiteral("chartStyle");
 // log line format. Call it once,
 // right after the Qt application object is created.
 void setApplicationIdentity();
+
+// QSettings rewrites the settings file whole at its first change, silently dropping what it could not read:
+// lines it cannot parse, and the bytes of a value that isn't UTF-8. Called before anything opens the user
+// defaults, this keeps a dated copy of such a file beside it and writes the file back at once with what could
+// be read, so the same file is not copied again at the next start. A file that cannot be opened at all is
+// moved aside instead, and the defaults start empty.
+void keepUnreadableSettingsAside();

@@ -99,14 +99,31 @@ void AppInventory::startMonitoring()
         return;
     m_eventStream = new QFileSystemWatcher(this);
     m_eventStream->setObjectName(QStringLiteral("us.ambertrell.Velloru.appwatch"));
-    m_settle = new QTimer(this);
-    m_settle->setSingleShot(true);
-    m_settle->setInterval(changeLatencyMs);
-    connect(m_eventStream, &QFileSystemWatcher::directoryChanged, m_settle, qOverload<>(&QTimer::start));
-    connect(m_settle, &QTimer::timeout, this, &AppInventory::scan);
+    m_batch = new QTimer(this);
+    m_batch->setSingleShot(true);
+    connect(m_eventStream, &QFileSystemWatcher::directoryChanged, this, &AppInventory::changeArrived);
+    connect(m_batch, &QTimer::timeout, this, &AppInventory::deliverBatch);
     // The folders are known once a scan has listed them; until then the next scan sets the watch up.
     if (hasScanned())
         scan();
+}
+
+void AppInventory::changeArrived()
+{
+    // A batch already waiting takes this change too; the wait is never pushed back.
+    if (m_batch->isActive())
+        return;
+    const qint64 sinceDelivery = m_lastDelivery.isValid() ? m_lastDelivery.elapsed() : changeLatencyMs;
+    if (sinceDelivery >= changeLatencyMs)
+        deliverBatch();
+    else
+        m_batch->start(int(changeLatencyMs - sinceDelivery));
+}
+
+void AppInventory::deliverBatch()
+{
+    m_lastDelivery.start();
+    scan();
 }
 
 void AppInventory::watchFolders(const QStringList& folders)

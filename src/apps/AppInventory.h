@@ -4,6 +4,7 @@
 #include "apps/InstalledApp.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QSet>
 
@@ -21,7 +22,9 @@ class AppInventory : public QObject {
     Q_OBJECT
 
 public:
-    // How long a burst of changes in the application folders settles before a rescan.
+    // Changes in the application folders are delivered in batches at most this often. A change after a quiet
+    // spell is delivered at once; changes within this time of a delivery wait for its end, however long
+    // they go on, so a folder that never stops changing is still rescanned every time this passes.
     static constexpr int changeLatencyMs = 2000;
 
     // `sources` is called on the scanning thread for each scan, so folders that appear later are seen.
@@ -56,6 +59,8 @@ Q_SIGNALS:
 private:
     void publish(QList<InstalledApp> apps, QStringList watchedFolders);
     void watchFolders(const QStringList& folders);
+    void changeArrived();
+    void deliverBatch();
 
     std::function<AppSources()> m_sources;
     QList<InstalledApp> m_apps;
@@ -65,7 +70,8 @@ private:
     QSet<QString> m_knownAppGroups;
     QSet<QString> m_knownExecutableNames;
     QFileSystemWatcher* m_eventStream = nullptr;
-    QTimer* m_settle = nullptr;
+    QTimer* m_batch = nullptr;    // runs while changes wait for the latency to pass
+    QElapsedTimer m_lastDelivery; // since the last batch asked for a rescan
     std::unique_ptr<std::jthread> m_rescanTask;
     bool m_rescanPending = false;
     QDateTime m_lastScan;

@@ -26,7 +26,5 @@ QByteArray installedAppJson(const InstalledApp& app)
         .addRaw(u"appGroups", groups.isEmpty() ? QByteArray("[]") : jsonArray(groups).trimmed())
         .add(u"isProtected", app.isProtected)
         .add(u"size", app.size)
-        .add(u"executableName", app.executableName)
-        .add(u"programPath", app.programPath)
         .finish();
 }

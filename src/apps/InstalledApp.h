@@ -16,11 +16,12 @@ struct InstalledApp {
     QStringList appGroups;    // Linux has no app-group entitlements, so this stays empty
     bool isProtected = false; // installed under /usr by the package manager: only root can remove it
     qint64 size = 0;          // the size of the program file the entry starts, 0 when it cannot be found
-    QString executableName;   // the file name of the program the entry starts (Flatpak: empty)
-    QString programPath;      // that program with symbolic links resolved, empty when it cannot be found
+    // What the running-apps monitor matches processes against; never serialised.
+    QString executableName; // the file name of the program the entry starts (Flatpak: empty)
+    QString programPath;    // that program with symbolic links resolved, empty when it cannot be found
 
     friend bool operator==(const InstalledApp&, const InstalledApp&) = default;
 };
 
-// The app as one JSON object with the keys above, in order.
+// The app as one JSON object with the keys above, in order, from `id` to `size`.
 QByteArray installedAppJson(const InstalledApp& app);

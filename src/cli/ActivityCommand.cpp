@@ -51,15 +51,10 @@ void printJson(const AuditLog& log, QTextStream& out)
 
 int runActivityCommand(CommandContext& context)
 {
-    bool json = false;
-    for (const QString& argument : context.arguments) {
-        if (argument == QLatin1String("--json")) {
-            json = true;
-        } else {
-            context.err
-                << QStringLiteral("velloru activity: unknown option “%1” — the only option is --json.\n").arg(argument);
-            return 2;
-        }
+    const bool json = takeFlag(context.arguments, QStringLiteral("--json"));
+    if (const auto problem = leftoverArgument(context.arguments, QStringLiteral("the only option is --json"))) {
+        context.err << QStringLiteral("velloru activity: %1\n").arg(*problem);
+        return 2;
     }
     const AuditLog log(StoragePaths::dataFolder());
     if (json)

@@ -7,9 +7,8 @@
 int runAppsCommand(CommandContext& context)
 {
     const bool json = takeFlag(context.arguments, QStringLiteral("--json"));
-    if (!context.arguments.isEmpty()) {
-        context.err << QStringLiteral("velloru apps: unknown argument “%1” — the only option is --json.\n")
-                           .arg(context.arguments.first());
+    if (const auto problem = leftoverArgument(context.arguments, QStringLiteral("the only option is --json"))) {
+        context.err << QStringLiteral("velloru apps: %1\n").arg(*problem);
         return 2;
     }
     QList<InstalledApp> apps = collectInstalledApps(AppSources::forThisSystem());

@@ -2,6 +2,8 @@
 
 #include "app/UserDefaults.h"
 #include "cli/Commands.h"
+#include "cli/WindowOptions.h"
+#include "common/LocalPath.h"
 
 #include <QCoreApplication>
 
@@ -67,11 +69,87 @@ void printHelp(QTextStream& out)
     out << "\n  help       Shows this text.\n  --version  Shows the version.\n";
 }
 
+// The options of a command line are the arguments before the first "--"; `end` is where they stop.
+qsizetype optionsEnd(const QStringList& arguments)
+{
+    const qsizetype end = arguments.indexOf(QStringLiteral("--"));
+    return end < 0 ? arguments.size() : end;
+}
+
+bool isOption(const QString& argument)
+{
+    return argument.size() > 1 && argument.startsWith(QLatin1Char('-'));
+}
+
+// The arguments exactly as given: a name that isn't valid UTF-8 has no exact text form, so it is refused with
+// a sentence on `err` rather than turned into the name of some other file.
+std::optional<QStringList> decodedArguments(int argc, char** argv, QTextStream& err)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        const std::optional<QString> argument = LocalPath::decode(argv[i]);
+        if (!argument) {
+            err << QStringLiteral("velloru: the argument “%1” isn’t valid UTF-8 — rename the file or folder so that "
+                                  "its name is, then try again.\n")
+                       .arg(LocalPath::printable(argv[i]));
+            return std::nullopt;
+        }
+        arguments.append(*argument);
+    }
+    return arguments;
+}
+
 } // namespace
 
 bool takeFlag(QStringList& arguments, const QString& flag)
 {
-    return arguments.removeAll(flag) > 0;
+    bool taken = false;
+    for (qsizetype i = optionsEnd(arguments) - 1; i >= 0; --i) {
+        if (arguments[i] == flag) {
+            arguments.removeAt(i);
+            taken = true;
+        }
+    }
+    return taken;
+}
+
+std::optional<QString> takeValue(QStringList& arguments, const QString& option)
+{
+    const QString joined = option + QLatin1Char('=');
+    for (qsizetype i = 0; i < optionsEnd(arguments); ++i) {
+        if (arguments[i].startsWith(joined))
+            return arguments.takeAt(i).mid(joined.size());
+        if (arguments[i] == option) {
+            arguments.removeAt(i);
+            return i < optionsEnd(arguments) ? arguments.takeAt(i) : QString();
+        }
+    }
+    return std::nullopt;
+}
+
+Operands operands(const QStringList& arguments)
+{
+    const qsizetype end = optionsEnd(arguments);
+    Operands left;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        if (i == end)
+            continue; // the "--" itself
+        if (i > end || !isOption(arguments[i]))
+            left.names.append(arguments[i]);
+        else if (!left.unknownOption)
+            left.unknownOption = arguments[i];
+    }
+    return left;
+}
+
+std::optional<QString> leftoverArgument(const QStringList& arguments, const QString& options)
+{
+    const Operands left = operands(arguments);
+    if (left.unknownOption)
+        return QStringLiteral("unknown option “%1” — %2.").arg(*left.unknownOption, options);
+    if (!left.names.isEmpty())
+        return QStringLiteral("unknown argument “%1” — %2.").arg(left.names.first(), options);
+    return std::nullopt;
 }
 
 bool isCommandLineInvocation(int argc, char** argv)
@@ -79,7 +157,8 @@ bool isCommandLineInvocation(int argc, char** argv)
     if (argc < 2)
         return false;
     const char* first = argv[1];
-    return first[0] != '-' || std::strcmp(first, "--help") == 0 || std::strcmp(first, "--version") == 0;
+    return first[0] != '-' || std::strcmp(first, "--help") == 0 || std::strcmp(first, "--version") == 0
+        || readWindowArguments(argc, argv).unknown;
 }
 
 int runCommandLine(int argc, char** argv)
@@ -89,8 +168,10 @@ int runCommandLine(int argc, char** argv)
     QTextStream out(stdout);
     QTextStream err(stderr);
 
-    QStringList arguments = QCoreApplication::arguments().mid(1);
-    const QString name = arguments.takeFirst();
+    std::optional<QStringList> arguments = decodedArguments(argc, argv, err);
+    if (!arguments)
+        return 2;
+    const QString name = arguments->takeFirst();
     if (name == QLatin1String("help") || name == QLatin1String("--help")) {
         printHelp(out);
         return 0;
@@ -99,9 +180,17 @@ int runCommandLine(int argc, char** argv)
         out << "Velloru " << QCoreApplication::applicationVersion() << '\n';
         return 0;
     }
+    if (name.startsWith(QLatin1Char('-'))) {
+        // Only Qt's own options may come before a command; anything else is a mistake, not a window to open.
+        const std::optional<std::string_view> unknown = readWindowArguments(argc, argv).unknown;
+        err << QStringLiteral("velloru: “%1” is neither a command nor an option of the window — run “velloru "
+                              "help” to see the commands, and put a command’s options after it.\n")
+                   .arg(QString::fromUtf8(unknown.value_or(argv[1])));
+        return 2;
+    }
     for (const Command& command : commands) {
         if (name == QLatin1String(command.name)) {
-            CommandContext context{arguments, out, err};
+            CommandContext context{*arguments, out, err};
             return command.run(context);
         }
     }

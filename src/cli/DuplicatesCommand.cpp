@@ -19,30 +19,24 @@ struct DuplicatesRequest {
 };
 
 // The request, or a sentence saying what is wrong with the command line.
-std::variant<DuplicatesRequest, QString> parseArguments(const QStringList& arguments)
+std::variant<DuplicatesRequest, QString> parseArguments(QStringList arguments)
 {
     DuplicatesRequest request;
-    for (qsizetype i = 0; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        if (argument == QLatin1String("--json")) {
-            request.json = true;
-        } else if (argument == QLatin1String("--min-size") || argument.startsWith(QLatin1String("--min-size="))) {
-            QString value;
-            if (argument.contains(QLatin1Char('=')))
-                value = argument.section(QLatin1Char('='), 1);
-            else if (i + 1 < arguments.size())
-                value = arguments[++i];
-            bool ok = false;
-            request.minimumSize = value.toULongLong(&ok);
-            if (!ok)
-                return QStringLiteral("--min-size needs a whole number of bytes, such as --min-size 4096.");
-        } else if (argument.startsWith(QLatin1Char('-'))) {
-            return QStringLiteral("unknown option “%1” — the options are --min-size N and --json.").arg(argument);
-        } else if (!QFileInfo(argument).isDir()) {
-            return QStringLiteral("“%1” is not a folder — name existing folders to look in.").arg(argument);
-        } else {
-            request.roots.append(QFileInfo(argument).absoluteFilePath());
-        }
+    request.json = takeFlag(arguments, QStringLiteral("--json"));
+    if (const std::optional<QString> value = takeValue(arguments, QStringLiteral("--min-size"))) {
+        bool ok = false;
+        request.minimumSize = value->toULongLong(&ok);
+        if (!ok)
+            return QStringLiteral("--min-size needs a whole number of bytes, such as --min-size 4096.");
+    }
+    const Operands left = operands(arguments);
+    if (left.unknownOption)
+        return QStringLiteral("unknown option “%1” — the options are --min-size N and --json.")
+            .arg(*left.unknownOption);
+    for (const QString& root : left.names) {
+        if (!QFileInfo(root).isDir())
+            return QStringLiteral("“%1” is not a folder — name existing folders to look in.").arg(root);
+        request.roots.append(QFileInfo(root).absoluteFilePath());
     }
     if (request.roots.isEmpty())
         request.roots = DuplicateScan::defaultRoots();
@@ -173,6 +167,7 @@ void printJson(const DuplicateScan& scan, QTextStream& out)
                                  .add(u"verifyBytesRead", qint64(engine.verifyBytesRead))
                                  .add(u"prunedByCache", qint64(engine.prunedByCache))
                                  .add(u"unreadable", qint64(engine.unreadable))
+                                 .add(u"changedDuringScan", qint64(engine.changedDuringScan))
                                  .add(u"groupsConfirmed", qint64(engine.groupsConfirmed))
                                  .finish();
     QByteArray text = JsonObjectWriter()

@@ -9,6 +9,7 @@
 #include "helper/HelperTexts.h"
 #include "helper/MailOptimizer.h"
 #include "helper/MaintenanceRunner.h"
+#include "helper/MaintenanceTexts.h"
 #include "platform/SystemdHelperService.h"
 #include "removal/AuditLog.h"
 
@@ -18,9 +19,10 @@ using namespace std::chrono_literals;
 
 int runHelperCommand(CommandContext& context)
 {
-    const QString action = context.arguments.value(0);
+    const Operands given = operands(context.arguments);
+    const QString action = given.names.value(0);
     const QStringList actions{QStringLiteral("status"), QStringLiteral("install"), QStringLiteral("uninstall")};
-    if (context.arguments.size() != 1 || !actions.contains(action)) {
+    if (given.unknownOption || given.names.size() != 1 || !actions.contains(action)) {
         context.err << "velloru helper: say “status”, “install” or “uninstall”.\n";
         return 2;
     }
@@ -53,29 +55,36 @@ int runHelperCommand(CommandContext& context)
 
 int runMaintenanceCommand(CommandContext& context)
 {
-    if (context.arguments.isEmpty()) {
+    const Operands given = operands(context.arguments);
+    if (given.unknownOption) {
+        context.err << QStringLiteral("velloru maintenance: there is no option “%1” — name a task, or nothing to see "
+                                      "them.\n")
+                           .arg(*given.unknownOption);
+        return 2;
+    }
+    if (given.names.isEmpty()) {
         for (const MaintenanceTask& task : Maintenance::tasks())
             context.out
                 << QStringLiteral("%1  %2 — %3\n").arg(task.rawValue.leftJustified(18), task.title, task.shortLine);
         context.out << QStringLiteral("%1  %2\n")
                            .arg(QStringLiteral("mail").leftJustified(18),
-                               QStringLiteral("Optimize Thunderbird — compacts and reindexes its message index (no "
-                                              "helper needed)."));
+                               MaintenanceTexts::mailTitle()
+                                   + QStringLiteral(" — compacts and reindexes its message index (no helper needed)."));
         return 0;
     }
-    if (context.arguments == QStringList{QStringLiteral("mail")}) {
+    if (given.names == QStringList{QStringLiteral("mail")}) {
         AuditLog log(StoragePaths::dataFolder());
         const TaskResult result = MailOptimizer::optimize(QDir::homePath());
-        log.recordAction(Maintenance::feature, QStringLiteral("Optimize Thunderbird"),
+        log.recordAction(Maintenance::feature, MaintenanceTexts::mailTitle(),
             result.success ? result.message : QStringLiteral("Failed: ") + result.message);
         context.out << (result.success ? QStringLiteral("✓ ") : QStringLiteral("✗ ")) << result.message << '\n';
         return result.success ? 0 : 1;
     }
-    const auto task = Maintenance::task(context.arguments.first());
-    if (!task || context.arguments.size() != 1) {
+    const auto task = Maintenance::task(given.names.first());
+    if (!task || given.names.size() != 1) {
         context.err << QStringLiteral("velloru maintenance: there is no task “%1” — run “velloru maintenance” to see "
                                       "them.\n")
-                           .arg(context.arguments.join(u' '));
+                           .arg(given.names.join(u' '));
         return 2;
     }
     SystemdHelperService service;

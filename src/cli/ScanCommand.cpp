@@ -123,9 +123,9 @@ int runScanCommand(CommandContext& context)
 {
     const bool json = takeFlag(context.arguments, QStringLiteral("--json"));
     const bool clean = takeFlag(context.arguments, QStringLiteral("--clean"));
-    if (!context.arguments.isEmpty()) {
-        context.err << QStringLiteral("velloru scan: unknown argument “%1” — the options are --clean and --json.\n")
-                           .arg(context.arguments.first());
+    if (const auto problem
+        = leftoverArgument(context.arguments, QStringLiteral("the options are --clean and --json"))) {
+        context.err << QStringLiteral("velloru scan: %1\n").arg(*problem);
         return 2;
     }
     AuditLog audit(StoragePaths::dataFolder());

@@ -26,14 +26,21 @@ const QString trashFeature = QStringLiteral("Trash");
 int runTrashCommand(CommandContext& context)
 {
     const bool json = takeFlag(context.arguments, QStringLiteral("--json"));
-    if (context.arguments.isEmpty()) {
+    const Operands named = operands(context.arguments);
+    if (named.unknownOption) {
+        context.err << QStringLiteral("velloru trash: unknown option “%1” — the only option is --json; put “--” "
+                                      "before a name that begins with a dash.\n")
+                           .arg(*named.unknownOption);
+        return 2;
+    }
+    if (named.names.isEmpty()) {
         context.err << "velloru trash: name at least one file or folder to move to the Trash.\n";
         return 2;
     }
     // What was typed wrong is said at once and never tried, nor recorded as a removal that failed.
     QList<TrashFailure> refused;
     QStringList paths;
-    for (const QString& argument : std::as_const(context.arguments)) {
+    for (const QString& argument : named.names) {
         if (const auto refusal = TrashRequests::refusal(argument))
             refused.append({argument, *refusal});
         else
@@ -76,17 +83,18 @@ int runTrashCommand(CommandContext& context)
 
 int runPutBackCommand(CommandContext& context)
 {
-    if (context.arguments.size() != 1) {
+    const Operands given = operands(context.arguments);
+    if (given.unknownOption || given.names.size() != 1) {
         context.err << "velloru put-back: name one activity entry — its id, or the start of it, as “velloru "
                        "activity” shows.\n";
         return 2;
     }
     AuditLog log(StoragePaths::dataFolder());
-    const auto entry = TrashRequests::findEntry(log, context.arguments.first());
+    const auto entry = TrashRequests::findEntry(log, given.names.first());
     if (!entry) {
         context.err << QStringLiteral("velloru put-back: no single activity entry has the id “%1” — run “velloru "
                                       "activity” to see them.\n")
-                           .arg(context.arguments.first());
+                           .arg(given.names.first());
         return 2;
     }
     if (const auto failure = TrashRecovery::putBack(log, *entry)) {
@@ -100,9 +108,8 @@ int runPutBackCommand(CommandContext& context)
 int runTrashSummaryCommand(CommandContext& context)
 {
     const bool json = takeFlag(context.arguments, QStringLiteral("--json"));
-    if (!context.arguments.isEmpty()) {
-        context.err << QStringLiteral("velloru trash-summary: unknown argument “%1” — the only option is --json.\n")
-                           .arg(context.arguments.first());
+    if (const auto problem = leftoverArgument(context.arguments, QStringLiteral("the only option is --json"))) {
+        context.err << QStringLiteral("velloru trash-summary: %1\n").arg(*problem);
         return 2;
     }
     const TrashLocations::Summary summary = TrashLocations::summarize();

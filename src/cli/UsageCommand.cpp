@@ -23,29 +23,27 @@ struct UsageOptions {
 std::optional<UsageOptions> parseOptions(CommandContext& context)
 {
     UsageOptions options;
-    bool pathGiven = false;
-    const QStringList& arguments = context.arguments;
-    for (qsizetype i = 0; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        if (argument == QLatin1String("--json")) {
-            options.json = true;
-        } else if (argument == QLatin1String("--depth")) {
-            bool ok = false;
-            options.depth = i + 1 < arguments.size() ? arguments[++i].toInt(&ok) : 0;
-            if (!ok || options.depth < 1) {
-                context.err << "velloru usage: --depth needs a whole number of at least 1.\n";
-                return std::nullopt;
-            }
-        } else if (!argument.startsWith(QLatin1Char('-')) && !pathGiven) {
-            options.path = argument;
-            pathGiven = true;
-        } else {
-            context.err << QStringLiteral("velloru usage: unknown option “%1” — the options are --depth N and "
-                                          "--json.\n")
-                               .arg(argument);
+    options.json = takeFlag(context.arguments, QStringLiteral("--json"));
+    if (const std::optional<QString> depth = takeValue(context.arguments, QStringLiteral("--depth"))) {
+        bool ok = false;
+        options.depth = depth->toInt(&ok);
+        if (!ok || options.depth < 1) {
+            context.err << "velloru usage: --depth needs a whole number of at least 1.\n";
             return std::nullopt;
         }
     }
+    const Operands left = operands(context.arguments);
+    if (left.unknownOption) {
+        context.err << QStringLiteral("velloru usage: unknown option “%1” — the options are --depth N and --json.\n")
+                           .arg(*left.unknownOption);
+        return std::nullopt;
+    }
+    if (left.names.size() > 1) {
+        context.err << "velloru usage: name one folder — usage measures one folder at a time.\n";
+        return std::nullopt;
+    }
+    if (!left.names.isEmpty())
+        options.path = left.names.first();
     return options;
 }
 
@@ -95,7 +93,8 @@ QByteArray itemsJson(const QList<UsageItem>& items, qint64 total, int depth, int
             .add(u"path", item.path)
             .add(u"bytes", item.bytes)
             .add(u"share", shareOf(item.bytes, total))
-            .add(u"fileCount", item.fileCount);
+            .add(u"fileCount", item.fileCount)
+            .add(u"exactPath", item.exactPath);
         if (level + 1 < depth && item.canOpen())
             object.addRaw(u"items", itemsJson(itemsOf(*item.node), total, depth, level + 1).trimmed());
         elements.append(object.finish());
@@ -120,9 +119,10 @@ int runUsageCommand(CommandContext& context)
     const std::optional<UsageOptions> options = parseOptions(context);
     if (!options)
         return 2;
-    const std::optional<QString> root = resolveWalkRoot(options->path);
+    const ResolvedRoot resolved = resolveWalkRoot(options->path);
+    const std::optional<QString>& root = resolved.path;
     if (!root) {
-        context.err << UsageTexts::noSuchFolder(options->path) << '\n';
+        context.err << resolved.failure << '\n';
         return 1;
     }
 
@@ -148,13 +148,19 @@ int runUsageCommand(CommandContext& context)
 
     const qint64 total = checkedAdd(last->measuredTotal, last->rootFileBytes);
     const QList<UsageItem> items = itemsOf(*last, *root);
+    const std::vector<std::string>& unreadable = last->unreadableFolders;
     if (options->json) {
+        QList<QByteArray> unreadableJson;
+        for (const std::string& folder : unreadable)
+            unreadableJson.append(jsonString(fromFileName(folder)));
         const QByteArray json = JsonObjectWriter()
                                     .add(u"path", *root)
                                     .add(u"total", total)
                                     .add(u"rootFileBytes", qint64(last->rootFileBytes))
                                     .add(u"rootFileCount", qint64(last->rootFileCount))
                                     .addRaw(u"items", itemsJson(items, total, options->depth, 0).trimmed())
+                                    .addRaw(u"unreadableFolders",
+                                        unreadable.empty() ? QByteArray("[]") : jsonArray(unreadableJson).trimmed())
                                     .finish();
         context.out << QString::fromUtf8(json) << '\n';
         return 0;
@@ -165,5 +171,8 @@ int runUsageCommand(CommandContext& context)
     addRows(table, items, total, options->depth, 0);
     table.print(context.out);
     context.out << QStringLiteral("\nTotal %1 in %2 · %3\n").arg(formatBytes(total), *root, UsageTexts::allocatedNote);
+    if (!unreadable.empty())
+        context.out << UsageTexts::unreadableFolders(qsizetype(unreadable.size()), fromFileName(unreadable.front()))
+                    << '\n';
     return 0;
 }

@@ -21,3 +21,8 @@ JsonLoad loadJsonFile(const QString& path);
 // Moves a state file that exists but cannot be used to "<name>.unreadable-<date>-<time>" beside it and
 // logs where it went. Callers use it too when the JSON parses but does not have the expected shape.
 void setAsideUnusableFile(const QString& path, const QString& reason);
+
+// Keeps a copy of a state file that can only be used in part, `content` being its bytes, under the same dated
+// name, written atomically, and logs where it went; the file itself stays for the part that can be used.
+// False when no copy could be written.
+bool keepCopyOfUnusableFile(const QString& path, const QByteArray& content, const QString& reason);

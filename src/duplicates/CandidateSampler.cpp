@@ -89,18 +89,12 @@ void sampleCandidates(const Inventory& inventory, Candidates& candidates, int wo
         CurrentFolder folders(inventory);
         for (std::size_t job = nextJob++; job < jobs && !cancelled(); job = nextJob++) {
             EngineStats counts;
-            std::int64_t changed = 0;
             const std::size_t end = std::min(order.size(), (job + 1) * filesPerJob);
             for (std::size_t i = job * filesPerJob; i < end; ++i) {
                 const auto [record, position] = order[i];
                 const SampleResult sample = sampleOne(inventory.records[record], folders, hasher, buffer);
                 counts.prehashBytesRead += std::int64_t(sample.bytesRead);
-                switch (sample.problem) {
-                case ReadProblem::notPresentLocally: ++counts.datalessAtRead; break;
-                case ReadProblem::unreadable: ++counts.unreadable; break;
-                case ReadProblem::changed: ++changed; break;
-                case ReadProblem::none: break;
-                }
+                countLeftOut(sample.problem, counts);
                 // Each position belongs to one job, so the lists are written without a lock.
                 candidates.samples[position] = sample.hash;
                 candidates.states[position]
@@ -109,7 +103,6 @@ void sampleCandidates(const Inventory& inventory, Candidates& candidates, int wo
             {
                 std::lock_guard guard(shared.lock);
                 DuplicateEngine::addCounts(shared.stats, counts);
-                shared.changedDuringScan += changed;
             }
             DuplicateEngine::reportProgress(shared, callbacks, double(jobs));
         }

@@ -102,7 +102,7 @@ ContentVerifier::Round ContentVerifier::compareWithAnchor(const Group& members, 
             continue;
         RecordedFile anchor = RecordedFile::open(anchorPath, anchorRecord);
         if (!anchor.file) {
-            count(anchor.problem, outcome);
+            countLeftOut(anchor.problem, outcome.counts);
             return giveUpAnchor(active);
         }
 
@@ -125,7 +125,8 @@ ContentVerifier::Round ContentVerifier::compareWithAnchor(const Group& members, 
             if (anchorRead.bytes < length) {
                 if (behind)
                     m_anchorHasher.release(chunk);
-                count(anchorRead.error != 0 ? problemFromError(anchorRead.error) : ReadProblem::changed, outcome);
+                countLeftOut(
+                    anchorRead.error != 0 ? problemFromError(anchorRead.error) : ReadProblem::changed, outcome.counts);
                 return giveUpAnchor(active);
             }
             // Handed over first, so the chunk is hashed while the members are read and compared with it.
@@ -166,11 +167,11 @@ void ContentVerifier::compareChunk(std::vector<Member>& active, std::uint64_t of
             const ReadOutcome read = member.file.readAt(offset + done, {memberBuffer, length});
             outcome.counts.verifyBytesRead += std::int64_t(read.bytes);
             if (read.error != 0) {
-                count(problemFromError(read.error), outcome);
+                countLeftOut(problemFromError(read.error), outcome.counts);
                 return true;
             }
             if (read.bytes < length) {
-                count(ReadProblem::changed, outcome);
+                countLeftOut(ReadProblem::changed, outcome.counts);
                 return true;
             }
             if (std::memcmp(memberBuffer, anchorChunk.data() + done, length) != 0) {
@@ -191,20 +192,10 @@ std::vector<ContentVerifier::Member> ContentVerifier::openBatch(std::span<const 
         const FileRecord& record = m_inventory.records[index];
         RecordedFile member = RecordedFile::open(m_inventory.path(record), record);
         if (!member.file) {
-            count(member.problem, outcome);
+            countLeftOut(member.problem, outcome.counts);
             continue;
         }
         opened.push_back({index, std::move(*member.file)});
     }
     return opened;
-}
-
-void ContentVerifier::count(ReadProblem problem, Outcome& outcome) const
-{
-    switch (problem) {
-    case ReadProblem::notPresentLocally: ++outcome.counts.datalessAtRead; break;
-    case ReadProblem::unreadable: ++outcome.counts.unreadable; break;
-    case ReadProblem::changed: ++outcome.changedDuringScan; break;
-    case ReadProblem::none: break;
-    }
 }

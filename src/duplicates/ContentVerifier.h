@@ -38,8 +38,7 @@ public:
 
     struct Outcome {
         std::vector<VerifiedGroup> confirmed;
-        EngineStats counts; // verifyBytesRead, datalessAtRead and unreadable
-        std::int64_t changedDuringScan = 0;
+        EngineStats counts;          // verifyBytesRead and the files left out, by why
         std::int64_t groupsDone = 0; // the group handed in and any taken as side work
     };
 
@@ -85,7 +84,6 @@ private:
     std::vector<Member> openBatch(std::span<const std::uint32_t> batch, Outcome& outcome);
     // Moves the waiting groups whose hash has arrived to `into`.
     void collectHashed(bool waitForAll, std::vector<VerifiedGroup>& into);
-    void count(ReadProblem problem, Outcome& outcome) const;
 
     const Inventory& m_inventory;
     std::size_t m_batchWidth;

@@ -1,14 +1,11 @@
 #include "duplicates/DuplicateEngine.h"
 
-#include "common/Log.h"
 #include "duplicates/CandidateSampler.h"
 #include "duplicates/ContentVerifier.h"
 #include "duplicates/FileInventory.h"
 #include "duplicates/LockedQueue.h"
 #include "duplicates/VolumeHashCaches.h"
 #include "platform/VolumeIdentity.h"
-
-#include <QString>
 
 #include <algorithm>
 #include <thread>
@@ -51,6 +48,7 @@ void DuplicateEngine::addCounts(EngineStats& total, const EngineStats& delta)
     total.prunedByCache += delta.prunedByCache;
     total.datalessAtRead += delta.datalessAtRead;
     total.unreadable += delta.unreadable;
+    total.changedDuringScan += delta.changedDuringScan;
 }
 
 void DuplicateEngine::reportProgress(Shared& shared, const Callbacks& callbacks, double total, std::int64_t units)
@@ -182,7 +180,6 @@ DuplicateEngine::Result DuplicateEngine::run(const Inventory& inventory, const V
             {
                 std::lock_guard guard(shared.lock);
                 addCounts(shared.stats, outcome.counts);
-                shared.changedDuringScan += outcome.changedDuringScan;
                 for (VerifiedGroup& group : outcome.confirmed) {
                     ++shared.stats.groupsConfirmed;
                     shared.stats.reclaimableBytes += std::int64_t(group.size * (group.members.size() - 1));
@@ -200,9 +197,6 @@ DuplicateEngine::Result DuplicateEngine::run(const Inventory& inventory, const V
         publish(verifier.finish()); // the sets whose hash came in last
     });
 
-    if (shared.changedDuringScan > 0)
-        logLine(QStringLiteral("duplicate scan: files changed during the scan and were left out count=%1")
-                    .arg(shared.changedDuringScan));
     shared.stats.phase = EnginePhase::finished;
     return {std::move(shared.verified), shared.stats};
 }

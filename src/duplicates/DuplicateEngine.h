@@ -48,7 +48,6 @@ public:
         EngineStats stats;
         std::vector<VerifiedGroup> verified;
         std::int64_t unitsDone = 0;
-        std::int64_t changedDuringScan = 0;
     };
     // Adds a worker's byte and problem counts.
     static void addCounts(EngineStats& total, const EngineStats& delta);

@@ -3,7 +3,6 @@
 #include "duplicates/DuplicateRules.h"
 #include "duplicates/FileInventory.h"
 
-#include <QFile>
 #include <QRandomGenerator>
 
 #include <array>
@@ -26,9 +25,11 @@ QUuid newId()
     return QUuid::fromRfc4122(QByteArrayView(bytes.data(), qsizetype(bytes.size())));
 }
 
+// Exact: the inventory left out every file and folder whose name isn't valid UTF-8, so the text names the
+// very file that was compared, never another one whose name happens to decode alike.
 QString decodedPath(const std::string& path)
 {
-    return QFile::decodeName(QByteArray::fromRawData(path.data(), qsizetype(path.size())));
+    return QString::fromUtf8(path.data(), qsizetype(path.size()));
 }
 
 DuplicateFile presentedFile(const Inventory& inventory, std::uint32_t index)

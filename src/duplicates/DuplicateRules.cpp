@@ -5,6 +5,7 @@
 #include "duplicates/InventoryRules.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 #include <algorithm>
@@ -16,6 +17,15 @@ bool isUnder(const QString& path, const QString& folder)
 {
     return !folder.isEmpty() && path.size() > folder.size() && path.startsWith(folder)
         && path[folder.size()] == QLatin1Char('/');
+}
+
+// The inventory lists files under their resolved paths, so the folders they are compared with are resolved
+// too: a Documents folder that is a link to ~/docs holds the files listed under ~/docs. A folder that does
+// not exist holds nothing and is kept as named.
+QString resolvedFolder(const QString& path)
+{
+    const QString resolved = QFileInfo(path).canonicalFilePath();
+    return resolved.isEmpty() ? QDir::cleanPath(path) : resolved;
 }
 
 QString lastComponent(const QString& path)
@@ -48,17 +58,18 @@ bool beatsKeeper(const DuplicateFile& candidate, const DuplicateFile& best, cons
 
 UserFolders UserFolders::ofCurrentUser()
 {
-    const QString home = QDir::homePath();
+    const QString home = resolvedFolder(QDir::homePath());
     const auto folder = [&](QStandardPaths::StandardLocation location) {
-        const QString path = QDir::cleanPath(QStandardPaths::writableLocation(location));
+        const QString path = resolvedFolder(QStandardPaths::writableLocation(location));
         return path == home ? QString() : path; // a user folder set to the home itself says nothing
     };
     UserFolders folders;
     folders.kept = {folder(QStandardPaths::DocumentsLocation), folder(QStandardPaths::PicturesLocation),
         folder(QStandardPaths::MusicLocation), folder(QStandardPaths::MoviesLocation)};
     folders.passing = {folder(QStandardPaths::DownloadLocation), folder(QStandardPaths::DesktopLocation),
-        home + QStringLiteral("/.Trash"),
-        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Trash")};
+        resolvedFolder(home + QStringLiteral("/.Trash")),
+        resolvedFolder(
+            QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Trash"))};
     return folders;
 }
 
@@ -111,7 +122,7 @@ std::optional<QString> blockReason(const DuplicateFile& file)
         return DuplicateTexts::blockedLocked();
     if (file.flags & FileFlags::restricted)
         return DuplicateTexts::blockedSystemProtected();
-    if (InventoryRules::isInsidePackage(file.path.toStdString()))
+    if (InventoryRules::hasPackageComponent(file.path.toStdString()))
         return DuplicateTexts::blockedInsideBundle();
     return std::nullopt;
 }

@@ -16,7 +16,8 @@ struct UserFolders {
     QStringList kept;
     QStringList passing;
 
-    // The XDG user folders of the current user's home (from user-dirs.dirs, or the usual names).
+    // The XDG user folders of the current user's home (from user-dirs.dirs, or the usual names), with
+    // every link on their paths resolved, as the inventory's paths are.
     static UserFolders ofCurrentUser();
 };
 

@@ -55,11 +55,14 @@ QStringList DuplicateScan::defaultRoots()
         QStandardPaths::writableLocation(QStandardPaths::DownloadLocation),
         QStandardPaths::writableLocation(QStandardPaths::DesktopLocation),
     };
+    const QString resolvedHome = QFileInfo(home).canonicalFilePath();
     QStringList roots;
     for (const QString& candidate : candidates) {
         const QString folder = QDir::cleanPath(candidate);
-        // A user folder pointed at the home itself would turn the scan into a scan of everything.
-        if (folder != home && QFileInfo(folder).isDir() && !roots.contains(folder))
+        // A user folder pointed at the home itself, by name or through a link, would turn the scan into a
+        // scan of everything.
+        if (folder != home && QFileInfo(folder).isDir() && QFileInfo(folder).canonicalFilePath() != resolvedHome
+            && !roots.contains(folder))
             roots.append(folder);
     }
     return roots;
@@ -76,8 +79,7 @@ void DuplicateScan::start()
     for (const QString& root : m_roots)
         options.roots.push_back(QFile::encodeName(root).toStdString());
     options.homePath = QFile::encodeName(QDir::homePath()).toStdString();
-    // Empty files are never offered: removing one frees nothing.
-    options.sizeFloor = std::max<std::uint64_t>(m_minimumSize, 1);
+    options.sizeFloor = m_minimumSize;
 
     m_groups.clear();
     m_notScanned.clear();
@@ -131,12 +133,15 @@ void DuplicateScan::finish(const Outcome& outcome)
         reclaimable += group.reclaimable();
     m_box.finish(reclaimable);
     refreshTelemetry();
-    logLine(QStringLiteral("duplicate scan finished files=%1 sets=%2 reclaimable=%3 cacheHits=%4 unreadable=%5")
+    logLine(QStringLiteral("duplicate scan finished files=%1 sets=%2 reclaimable=%3 cacheHits=%4 unreadable=%5 "
+                           "changed=%6 badNames=%7")
                 .arg(m_inventoryStats.filesIndexed)
                 .arg(m_groups.size())
                 .arg(reclaimable)
                 .arg(m_engineStats.prunedByCache)
-                .arg(m_engineStats.unreadable));
+                .arg(m_engineStats.unreadable)
+                .arg(m_engineStats.changedDuringScan)
+                .arg(m_inventoryStats.badNameFilesSkipped + m_inventoryStats.badNameFoldersSkipped));
     setPhase(Phase::results);
 }
 

@@ -18,6 +18,7 @@ struct EngineStats {
     std::int64_t prunedByCache = 0;  // files whose sample hash came from the hash cache
     std::int64_t datalessAtRead = 0; // found to be cloud placeholders only when read
     std::int64_t unreadable = 0;
+    std::int64_t changedDuringScan = 0; // replaced, rewritten, resized or gone since the inventory listed them
     std::int64_t groupsConfirmed = 0;
     std::int64_t reclaimableBytes = 0; // size × (members − 1) over the confirmed groups
 };

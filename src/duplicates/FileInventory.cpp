@@ -1,5 +1,6 @@
 #include "duplicates/FileInventory.h"
 
+#include "common/LocalPath.h"
 #include "common/PackageExtensions.h"
 
 #include "duplicates/InventoryRules.h"
@@ -32,8 +33,23 @@ struct DirectoryFindings {
     std::int64_t datalessSkipped = 0;
     std::int64_t packagesHalted = 0;
     std::int64_t belowFloorSkipped = 0;
+    std::int64_t badNameFilesSkipped = 0;
+    std::int64_t badNameFoldersSkipped = 0;
     bool unreadable = false;
 };
+
+bool isRepresentable(std::string_view name)
+{
+    return LocalPath::isRepresentable(QByteArrayView(name.data(), qsizetype(name.size())));
+}
+
+// The path with every symbolic link on it resolved; nothing when it leads nowhere.
+std::optional<std::string> resolvedPath(const std::string& path)
+{
+    std::error_code error;
+    std::string resolved = std::filesystem::canonical(path, error).string();
+    return error ? std::nullopt : std::optional(std::move(resolved));
+}
 
 std::string childPath(std::string_view parent, std::string_view name)
 {
@@ -44,15 +60,6 @@ std::string childPath(std::string_view parent, std::string_view name)
         path.push_back('/');
     path.append(name);
     return path;
-}
-
-EntryType typeFromStatus(const FileStatus& status)
-{
-    if (status.isRegular())
-        return EntryType::regular;
-    if (status.isDirectory())
-        return EntryType::directory;
-    return status.isSymlink() ? EntryType::symlink : EntryType::other;
 }
 
 FileRecord recordFrom(const FileStatus& status)
@@ -82,6 +89,10 @@ void decideFile(
         ++findings.belowFloorSkipped;
         return;
     }
+    if (!isRepresentable(name)) {
+        ++findings.badNameFilesSkipped;
+        return;
+    }
     findings.records.push_back(record);
     findings.names.append(name);
     findings.nameEnds.push_back(std::uint32_t(findings.names.size()));
@@ -93,6 +104,10 @@ void decideFolder(int folderFd, const FileInventory::Job& job, std::string_view 
 {
     if (InventoryRules::isIgnoredFolderName(name))
         return;
+    if (!isRepresentable(name)) {
+        ++findings.badNameFoldersSkipped;
+        return;
+    }
     std::string path = childPath(job.path, name);
     if (InventoryRules::isExcludedPath(path, options.homePath))
         return;
@@ -131,7 +146,7 @@ DirectoryFindings readDirectory(
             status = statusAt(reader->fd(), name);
             if (!status)
                 continue; // vanished since the listing
-            type = typeFromStatus(*status);
+            type = entryTypeOf(*status);
         }
         if (type == EntryType::regular)
             decideFile(*status, entry.name, options, findings);
@@ -151,6 +166,8 @@ void merge(FileInventory::State& state, const FileInventory::Job& job, Directory
     stats.datalessSkipped += findings.datalessSkipped;
     stats.packagesHalted += findings.packagesHalted;
     stats.belowFloorSkipped += findings.belowFloorSkipped;
+    stats.badNameFilesSkipped += findings.badNameFilesSkipped;
+    stats.badNameFoldersSkipped += findings.badNameFoldersSkipped;
     if (findings.unreadable)
         ++stats.unreadableDirectories;
 
@@ -238,14 +255,22 @@ int FileInventory::readerCount()
     return std::clamp(processors - 2, 2, 8);
 }
 
-Inventory FileInventory::build(const InventoryOptions& options, const Cancelled& cancelled, const Progress& progress)
+Inventory FileInventory::build(const InventoryOptions& given, const Cancelled& cancelled, const Progress& progress)
 {
+    // Every path is read in its resolved form, so a folder named through a link is the folder itself to
+    // every rule, and the home the rules compare those paths with is resolved the same way.
+    InventoryOptions options = given;
+    options.homePath = resolvedPath(given.homePath).value_or(given.homePath);
     State state;
     for (const std::string& root : options.roots) {
-        std::error_code error;
-        const std::string path = std::filesystem::canonical(root, error).string();
-        if (error)
+        const std::optional<std::string> resolved = resolvedPath(root);
+        if (!resolved)
             continue;
+        const std::string& path = *resolved;
+        if (!isRepresentable(path)) {
+            ++state.stats.badNameFoldersSkipped; // reached through a link to a folder with such a name
+            continue;
+        }
         const std::optional<FileStatus> status = statusAt(AT_FDCWD, path.c_str(), StatDetail::identity);
         if (!status || !status->isDirectory() || InventoryRules::isExcludedPath(path, options.homePath))
             continue;

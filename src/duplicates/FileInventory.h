@@ -63,6 +63,8 @@ public:
     using Progress = std::function<void(const InventoryStats&)>;
 
     // Blocks until every reader has finished. `progress` is called from the readers after each folder.
+    // The roots and the home are resolved first (every link on them followed), so every path in the
+    // result is a resolved one.
     static Inventory build(const InventoryOptions& options, const Cancelled& cancelled, const Progress& progress);
 
     // One folder waiting to be read.

@@ -110,10 +110,10 @@ bool isIgnoredFolderName(std::string_view name)
     return std::find(ignoredFolderNames.begin(), ignoredFolderNames.end(), name) != ignoredFolderNames.end();
 }
 
-bool isInsidePackage(std::string_view path)
+bool hasPackageComponent(std::string_view path)
 {
-    std::size_t start = 0;
-    for (std::size_t slash = path.find('/'); slash != std::string_view::npos; slash = path.find('/', start)) {
+    for (std::size_t start = 0; start <= path.size();) {
+        const std::size_t slash = std::min(path.find('/', start), path.size());
         if (hasPackageExtension(path.substr(start, slash - start)))
             return true;
         start = slash + 1;

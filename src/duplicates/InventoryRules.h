@@ -12,7 +12,8 @@ bool isExcludedPath(std::string_view path, std::string_view home);
 // Version-control, indexing and backup folders that are never entered, wherever they are.
 bool isIgnoredFolderName(std::string_view name);
 
-// True when some folder on the path (not counting the last component) has a package extension.
-bool isInsidePackage(std::string_view path);
+// True when some component of the path, the file's own name included, has a package extension: a file
+// named like a bundle (talk.key) is a piece of one as much as a file inside one.
+bool hasPackageComponent(std::string_view path);
 
 } // namespace InventoryRules

@@ -13,6 +13,10 @@ struct InventoryStats {
     std::int64_t datalessSkipped = 0;
     std::int64_t packagesHalted = 0;
     std::int64_t unreadableDirectories = 0;
+    // Names that aren't valid UTF-8 have no exact text form, so these are left out rather than guessed at; a
+    // folder's whole contents go with it.
+    std::int64_t badNameFilesSkipped = 0;
+    std::int64_t badNameFoldersSkipped = 0;
     std::int64_t belowFloorSkipped = 0;
     std::int64_t aliasesCollapsed = 0;
     std::string scanning; // the folder just read, for display

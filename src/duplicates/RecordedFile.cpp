@@ -34,3 +34,13 @@ ReadProblem problemFromError(int error)
         return ReadProblem::changed;
     return isNotPresentLocally(error) ? ReadProblem::notPresentLocally : ReadProblem::unreadable;
 }
+
+void countLeftOut(ReadProblem problem, EngineStats& counts)
+{
+    switch (problem) {
+    case ReadProblem::notPresentLocally: ++counts.datalessAtRead; break;
+    case ReadProblem::unreadable: ++counts.unreadable; break;
+    case ReadProblem::changed: ++counts.changedDuringScan; break;
+    case ReadProblem::none: break;
+    }
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "duplicates/EngineStats.h"
 #include "duplicates/FileRecord.h"
 #include "platform/FileReading.h"
 
@@ -30,3 +31,5 @@ ReadProblem problemOpening(int error);
 ReadProblem problemSince(const std::optional<FileStatus>& status, const FileRecord& record);
 // The problem a failed read stands for.
 ReadProblem problemFromError(int error);
+// Counts a file left out for `problem` under its reason, so every file the user is not shown is told of.
+void countLeftOut(ReadProblem problem, EngineStats& counts);

@@ -1,6 +1,6 @@
 #include "helper/MailOptimizer.h"
 
-#include "common/ByteCount.h"
+#include "helper/MaintenanceTexts.h"
 #include "platform/AppQuitting.h"
 #include "platform/SqliteTool.h"
 
@@ -36,25 +36,21 @@ TaskResult optimize(const QString& home)
     quitProcessesNamed({QStringLiteral("thunderbird"), QStringLiteral("thunderbird-bin")}, std::chrono::seconds(15));
     const QStringList databases = findDatabases(home);
     if (databases.isEmpty())
-        return {false,
-            QStringLiteral("No Thunderbird database found — Thunderbird may not be set up on this computer."), 0};
+        return {false, MaintenanceTexts::noMailDatabase(), 0};
 
     qint64 before = 0, after = 0;
     for (const QString& database : databases) {
         before += QFileInfo(database).size();
         if (!runSqliteScript(database, QStringLiteral("VACUUM; REINDEX;")))
-            return {false,
-                QStringLiteral("Couldn’t optimize the Thunderbird database — make sure Thunderbird is fully quit, then "
-                               "try again."),
-                0};
+            return {false, MaintenanceTexts::mailOptimizeFailed(), 0};
         after += QFileInfo(database).size();
     }
     const QString label
         = databases.size() == 1 ? QStringLiteral("database") : QStringLiteral("%1 databases").arg(databases.size());
     const qint64 freed = before - after;
     if (freed < 1)
-        return {true, QStringLiteral("Thunderbird %1 reindexed — already compact.").arg(label), 0};
-    return {true, QStringLiteral("Thunderbird %1 compacted — freed %2.").arg(label, formatBytes(freed)), freed};
+        return {true, MaintenanceTexts::mailAlreadyCompact(label), 0};
+    return {true, MaintenanceTexts::mailCompacted(label, freed), freed};
 }
 
 } // namespace MailOptimizer

@@ -10,9 +10,10 @@ const QList<MaintenanceTask>& tasks()
         {QStringLiteral("thinSnapshots"), QStringLiteral("Reclaim Purgeable Space"),
             QStringLiteral("arrow.2.circlepath"),
             QStringLiteral("Deletes old journal files and asks the package manager for cached space back."),
-            QStringLiteral("Deletes system journal files older than two weeks and the package manager’s cache of "
-                           "downloaded packages. Installed programs and your files are untouched. Reports the space "
-                           "actually measured, which is often small."),
+            QStringLiteral("Deletes old system journal files and asks the package manager to hand back cached app "
+                           "data. Backups on your backup drive are untouched, and downloaded music and video are never "
+                           "removed. Reports the space actually measured, which is often zero — purgeable is mostly an "
+                           "estimate, not deletable files."),
             MaintenanceTask::Measure::freeSpace},
         {QStringLiteral("purgeMemory"), QStringLiteral("Purge Inactive Memory"), QStringLiteral("memorychip"),
             QStringLiteral("Releases cached file memory."),

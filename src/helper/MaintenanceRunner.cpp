@@ -29,13 +29,13 @@ void runMaintenanceTask(HelperManager& helper, AuditLog& log, const MaintenanceT
     QPointer<AuditLog> logGuard(&log);
     helper.run(task.rawValue, std::chrono::seconds(Maintenance::taskTimeoutSeconds), std::move(onStep),
         [task, before, logGuard, done = std::move(done)](TaskResult result) {
+            // The measured change follows the message whatever the helper answered: a failed run may still
+            // have freed something, and the user should see what actually moved.
             QString line = result.message;
-            if (result.success) {
-                const LiveReading after = readLiveMeter();
-                if (const auto change
-                    = Maintenance::measuredChange(task, measured(before, task.measure), measured(after, task.measure)))
-                    line += QStringLiteral(" ") + *change;
-            }
+            const LiveReading after = readLiveMeter();
+            if (const auto change
+                = Maintenance::measuredChange(task, measured(before, task.measure), measured(after, task.measure)))
+                line += QStringLiteral(" ") + *change;
             if (logGuard)
                 logGuard->recordAction(Maintenance::feature, task.title,
                     result.success ? line : QStringLiteral("Failed: ") + result.message);

@@ -11,6 +11,11 @@
 
 enum class EntryType : std::uint8_t { unknown, regular, directory, symlink, other };
 
+struct FileStatus;
+
+// What a status call says an entry is, for when the listing could not tell (EntryType::unknown).
+EntryType entryTypeOf(const FileStatus& status);
+
 struct DirectoryEntry {
     std::string_view name; // valid until the next call to next()
     EntryType type = EntryType::unknown;
@@ -20,13 +25,18 @@ struct DirectoryEntry {
 // The buffer size the walkers use: large enough that most folders are read in one system call.
 inline constexpr std::size_t directoryBufferSize = 256 * 1024;
 
+// Whether a symbolic link named as the folder to read is followed. The walkers never follow one; a place the
+// user's setup names (a cache folder moved elsewhere and linked back) may be one.
+enum class FinalLink { notFollowed, followed };
+
 // Reads the entries of one open folder, skipping "." and "..". The caller owns the buffer so that one
 // buffer per worker thread serves every folder it lists.
 class DirectoryReader {
 public:
-    // Opens `name` relative to the folder `parentFd` (AT_FDCWD for a path), without following a final
-    // symbolic link. Nothing when it cannot be opened; `errno` says why.
-    static std::optional<DirectoryReader> open(int parentFd, const char* name, std::span<std::byte> buffer);
+    // Opens `name` relative to the folder `parentFd` (AT_FDCWD for a path), by default without following a
+    // final symbolic link. Nothing when it cannot be opened; `errno` says why.
+    static std::optional<DirectoryReader> open(
+        int parentFd, const char* name, std::span<std::byte> buffer, FinalLink finalLink = FinalLink::notFollowed);
 
     DirectoryReader(DirectoryReader&& other) noexcept;
     DirectoryReader& operator=(DirectoryReader&&) = delete;

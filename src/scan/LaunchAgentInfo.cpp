@@ -1,8 +1,8 @@
 #include "scan/LaunchAgentInfo.h"
 
 #include "apps/DesktopEntry.h"
+#include "scan/FolderEntries.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -86,13 +86,13 @@ std::optional<LaunchAgentInfo> readLaunchAgent(const QString& path)
 QList<LaunchAgentInfo> readLaunchAgents(const QStringList& folders)
 {
     QList<LaunchAgentInfo> agents;
+    std::vector<std::byte> buffer(directoryBufferSize);
+    const QStringList patterns = {QStringLiteral("*.service"), QStringLiteral("*.desktop")};
     for (const QString& folder : folders) {
-        const QFileInfoList files = QDir(folder).entryInfoList(
-            {QStringLiteral("*.service"), QStringLiteral("*.desktop")}, QDir::Files | QDir::Hidden, QDir::Name);
-        for (const QFileInfo& file : files) {
-            if (file.isSymLink())
+        for (const FolderEntry& file : listFolderEntries(folder, buffer, FinalLink::followed, patterns)) {
+            if (file.type != EntryType::regular)
                 continue;
-            if (std::optional<LaunchAgentInfo> info = readLaunchAgent(file.filePath()))
+            if (std::optional<LaunchAgentInfo> info = readLaunchAgent(file.path))
                 agents.append(std::move(*info));
         }
     }

@@ -22,5 +22,6 @@ struct LaunchAgentInfo {
 // read, and autostart entries switched off with Hidden=true.
 std::optional<LaunchAgentInfo> readLaunchAgent(const QString& path);
 
-// Every startup item directly inside `folders` (links, such as the units a package enabled, excluded).
+// Every startup item directly inside `folders` (links, such as the units a package enabled, and names that
+// aren't valid UTF-8 excluded).
 QList<LaunchAgentInfo> readLaunchAgents(const QStringList& folders);

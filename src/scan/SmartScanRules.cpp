@@ -1,14 +1,15 @@
 #include "scan/SmartScanRules.h"
 
+#include "common/LocalPath.h"
 #include "platform/DirectoryReader.h"
 #include "platform/FileStatus.h"
 #include "platform/LinkTarget.h"
+#include "removal/ItemSize.h"
+#include "scan/FolderEntries.h"
 #include "scan/LaunchAgentInfo.h"
 #include "scan/ScanPulse.h"
 #include "scan/SmartScanTexts.h"
-#include "scan/TreeSize.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -31,12 +32,13 @@ public:
 
     bool stopped() const { return m_stopped; }
 
-    // The direct entries of `folder` by name; none when it cannot be listed.
-    QFileInfoList list(const QString& folder, const QStringList& nameFilters = {})
+    // The direct entries of `folder` by name; none when it cannot be listed. The places to look may be links
+    // (a cache folder moved elsewhere); what lies below them is never reached through one.
+    std::vector<FolderEntry> list(
+        const QString& folder, const QStringList& nameFilters = {}, FinalLink finalLink = FinalLink::followed)
     {
         m_pulse.recordFolder(folder);
-        return QDir(folder).entryInfoList(
-            nameFilters, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+        return listFolderEntries(folder, m_buffer, finalLink, nameFilters);
     }
 
     // False once the scan is cancelled; checked before each entry.
@@ -49,7 +51,14 @@ public:
     // The entry's size, or nothing when the scan was cancelled while measuring it.
     std::optional<qint64> size(const QString& path)
     {
-        const TreeSize size = measureTree(path, m_buffer, m_pulse, m_stop);
+        const ItemSize size = measureItem(
+            LocalPath::encode(path).value_or(QByteArray()), m_buffer,
+            [this](QByteArrayView folder, qint64 entries, qint64 bytes) {
+                if (!folder.isEmpty())
+                    m_pulse.recordFolder(LocalPath::printable(folder));
+                m_pulse.add(entries, bytes);
+            },
+            m_stop);
         if (size.stopped) {
             m_stopped = true;
             return std::nullopt;
@@ -64,11 +73,17 @@ private:
     bool m_stopped = false;
 };
 
-void addGroup(QList<ScanGroup>& groups, const QString& title, const char* symbol, QList<ScanItem> items)
+// Whether a group's items are sorted largest first or kept in the order they were found.
+enum class ItemOrder { largestFirst, asFound };
+
+void addGroup(QList<ScanGroup>& groups, const QString& title, const char* symbol, QList<ScanItem> items,
+    ItemOrder order = ItemOrder::largestFirst)
 {
     if (items.isEmpty())
         return;
-    std::stable_sort(items.begin(), items.end(), [](const ScanItem& a, const ScanItem& b) { return a.size > b.size; });
+    if (order == ItemOrder::largestFirst)
+        std::stable_sort(
+            items.begin(), items.end(), [](const ScanItem& a, const ScanItem& b) { return a.size > b.size; });
     groups.append(ScanGroup::make(title, QString::fromLatin1(symbol), std::move(items)));
 }
 
@@ -126,37 +141,39 @@ void scanCaches(const SmartScanInput& input, Scanner& scanner, QList<ScanGroup>&
             caches.append(cacheItem(path, *size, classifyOwner(name, input.owners)));
     };
     for (const QString& folder : input.locations.cacheFolders) {
-        for (const QFileInfo& entry : scanner.list(folder)) {
+        for (const FolderEntry& entry : scanner.list(folder)) {
             if (!scanner.goOn())
                 break;
-            consider(entry.filePath(), entry.fileName());
+            consider(entry.path, entry.name);
         }
     }
     if (!input.locations.flatpakAppsFolder.isEmpty()) {
-        for (const QFileInfo& app : scanner.list(input.locations.flatpakAppsFolder)) {
+        for (const FolderEntry& app : scanner.list(input.locations.flatpakAppsFolder)) {
             if (!scanner.goOn())
                 break;
-            if (app.isDir() && !app.isSymLink())
-                consider(app.filePath() + QStringLiteral("/cache"), app.fileName());
+            if (app.type == EntryType::directory)
+                consider(app.path + QStringLiteral("/cache"), app.name);
         }
     }
     addGroup(groups, SmartScanTexts::appCachesTitle(), "internaldrive", std::move(caches));
-    addGroup(groups, SmartScanTexts::thumbnailsTitle(), "photo.on.rectangle", std::move(thumbnails));
+    // Only the cache items are sorted; the thumbnail caches stay in the order they were listed.
+    addGroup(
+        groups, SmartScanTexts::thumbnailsTitle(), "photo.on.rectangle", std::move(thumbnails), ItemOrder::asFound);
 }
 
 void scanLogs(const SmartScanInput& input, Scanner& scanner, QList<ScanGroup>& groups)
 {
     QList<ScanItem> logs;
     for (const SmartScanLocations::LogSource& source : input.locations.logSources) {
-        for (const QFileInfo& entry : scanner.list(source.folder, source.nameFilters)) {
+        for (const FolderEntry& entry : scanner.list(source.folder, source.nameFilters)) {
             if (!scanner.goOn())
                 break;
             // Crash reports are a group of their own even when they lie among the logs.
-            if (input.locations.crashFolders.contains(entry.filePath()))
+            if (input.locations.crashFolders.contains(entry.path))
                 continue;
-            const std::optional<qint64> size = scanner.size(entry.filePath());
+            const std::optional<qint64> size = scanner.size(entry.path);
             if (size && *size >= 1)
-                logs.append(makeItem(entry.filePath(), *size, RiskLevel::caution, SmartScanTexts::log()));
+                logs.append(makeItem(entry.path, *size, RiskLevel::caution, SmartScanTexts::log()));
         }
     }
     addGroup(groups, SmartScanTexts::logsTitle(), "doc.text", std::move(logs));
@@ -174,15 +191,15 @@ void scanCrashReports(const SmartScanInput& input, Scanner& scanner, QList<ScanG
 {
     QList<ScanItem> reports;
     for (const QString& folder : input.locations.crashFolders) {
-        for (const QFileInfo& entry : scanner.list(folder)) {
+        for (const FolderEntry& entry : scanner.list(folder)) {
             if (!scanner.goOn())
                 break;
-            if (!ownedBy(entry.filePath(), input.locations.crashOwner))
+            if (!ownedBy(entry.path, input.locations.crashOwner))
                 continue;
             // An empty crash report is still listed: only a size that could not be read skips it.
-            const std::optional<qint64> size = scanner.size(entry.filePath());
+            const std::optional<qint64> size = scanner.size(entry.path);
             if (size && *size >= 0)
-                reports.append(makeItem(entry.filePath(), *size, RiskLevel::safe, SmartScanTexts::crashReport()));
+                reports.append(makeItem(entry.path, *size, RiskLevel::safe, SmartScanTexts::crashReport()));
         }
     }
     addGroup(groups, SmartScanTexts::crashReportsTitle(), "bandage", std::move(reports));
@@ -192,36 +209,37 @@ void scanSavedStates(const SmartScanInput& input, Scanner& scanner, QList<ScanGr
 {
     QList<ScanItem> states;
     for (const QString& folder : input.locations.savedStateFolders) {
-        for (const QFileInfo& entry : scanner.list(folder)) {
+        for (const FolderEntry& entry : scanner.list(folder)) {
             if (!scanner.goOn())
                 break;
-            const std::optional<qint64> size = scanner.size(entry.filePath());
+            const std::optional<qint64> size = scanner.size(entry.path);
             if (size && *size >= 1)
-                states.append(savedStateItem(
-                    entry.filePath(), *size, classifyOwner(savedStateIdentifier(entry.fileName()), input.owners)));
+                states.append(
+                    savedStateItem(entry.path, *size, classifyOwner(savedStateIdentifier(entry.name), input.owners)));
         }
     }
     addGroup(groups, SmartScanTexts::savedStatesTitle(), "macwindow.on.rectangle", std::move(states));
 }
 
-void findBrokenLinks(const QString& folder, int depth, Scanner& scanner, QSet<QString>& seen, QList<ScanItem>& links)
+void findBrokenLinks(const QString& folder, FinalLink finalLink, int depth, Scanner& scanner, QSet<QString>& seen,
+    QList<ScanItem>& links)
 {
-    for (const QFileInfo& entry : scanner.list(folder)) {
+    for (const FolderEntry& entry : scanner.list(folder, {}, finalLink)) {
         if (!scanner.goOn())
             return;
-        const QString path = entry.filePath();
-        if (entry.isSymLink()) {
+        const QString& path = entry.path;
+        if (entry.type == EntryType::symlink) {
             const std::optional<QString> target = readLinkTarget(path);
             if (!target || seen.contains(path))
                 continue;
-            const QString resolved = QDir::isAbsolutePath(*target) ? *target : QDir(folder).filePath(*target);
-            // exists() follows a chain of links to its end, so a link to a broken link is broken too.
-            if (!QFileInfo::exists(resolved)) {
+            // exists() has the system follow the link itself, by the target's own bytes, and a chain of links to
+            // its end, so a link to a broken link is broken too. (The target as text is only for the reason.)
+            if (!QFileInfo::exists(path)) {
                 seen.insert(path);
                 links.append(makeItem(path, 0, RiskLevel::safe, SmartScanTexts::brokenLink(*target)));
             }
-        } else if (entry.isDir() && depth > 1) {
-            findBrokenLinks(path, depth - 1, scanner, seen, links);
+        } else if (entry.type == EntryType::directory && depth > 1) {
+            findBrokenLinks(path, FinalLink::notFollowed, depth - 1, scanner, seen, links);
         }
     }
 }
@@ -232,7 +250,7 @@ void scanBrokenItems(const SmartScanInput& input, Scanner& scanner, QList<ScanGr
     QSet<QString> seen;
     for (const SmartScanLocations::LinkPlace& place : input.locations.linkPlaces)
         if (scanner.goOn())
-            findBrokenLinks(place.folder, place.depth, scanner, seen, items);
+            findBrokenLinks(place.folder, FinalLink::followed, place.depth, scanner, seen, items);
     for (const LaunchAgentInfo& agent : readLaunchAgents(input.locations.startupFolders)) {
         if (!scanner.goOn())
             break;
@@ -240,9 +258,8 @@ void scanBrokenItems(const SmartScanInput& input, Scanner& scanner, QList<ScanGr
             items.append(makeItem(
                 agent.id, QFileInfo(agent.id).size(), RiskLevel::caution, SmartScanTexts::startupProgramMissing()));
     }
-    // Links first, then startup items; addGroup's sort would mix them, so the group is made here.
-    if (!items.isEmpty())
-        groups.append(ScanGroup::make(SmartScanTexts::brokenItemsTitle(), QStringLiteral("link.badge.plus"), items));
+    // Links first, then startup items, each in the order found.
+    addGroup(groups, SmartScanTexts::brokenItemsTitle(), "link.badge.plus", std::move(items), ItemOrder::asFound);
 }
 
 } // namespace

@@ -16,8 +16,9 @@ struct SmartScanInput {
 };
 
 // Finds junk in the input's locations and returns the non-empty groups in their fixed order: App Caches,
-// Thumbnails, Logs, Crash Reports, Saved App States, Broken Items. Items are sorted largest first, keeping
-// discovery order among equal sizes. The stop token is checked before each entry; once it fires the scan
+// Thumbnails, Logs, Crash Reports, Saved App States, Broken Items. App Caches, Logs, Crash Reports and Saved
+// App States are sorted largest first, keeping discovery order among equal sizes; Thumbnails and Broken Items
+// keep the order they were found in. The stop token is checked before each entry; once it fires the scan
 // returns the groups it has made so far. Runs on any thread; touches nothing but `pulse`.
 QList<ScanGroup> runSmartScan(const SmartScanInput& input, ScanPulse& pulse, std::stop_token stop);
 

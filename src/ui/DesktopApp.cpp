@@ -15,6 +15,7 @@ int runDesktopApp(int& argc, char** argv)
     setApplicationIdentity();
     QApplication::setDesktopFileName(QStringLiteral("velloru"));
 
+    keepUnreadableSettingsAside();
     QSettings defaults;
     // Before any window restores its layout, so a saved state can never open the window collapsed.
     removePoisonedSplitViewState(defaults);

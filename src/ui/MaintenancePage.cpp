@@ -4,12 +4,12 @@
 #include "common/BackgroundTask.h"
 #include "common/ByteCount.h"
 #include "helper/HelperTexts.h"
-#include "helper/MailOptimizer.h"
 #include "helper/MaintenanceRunner.h"
+#include "helper/MaintenanceTexts.h"
 #include "ui/Headings.h"
-#include "ui/HelperInstaller.h"
+#include "ui/MailCard.h"
+#include "ui/ResultLine.h"
 
-#include <QDir>
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
@@ -36,7 +36,6 @@ QString meterText(const std::optional<qint64>& value)
 MaintenancePage::MaintenancePage(AppState& state, QWidget* parent)
     : QWidget(parent)
     , m_state(state)
-    , m_installer(new HelperInstaller(state.helper(), state.helperService(), this))
 {
     setObjectName(QStringLiteral("page-maintenance"));
     auto* outer = new QVBoxLayout(this);
@@ -48,9 +47,9 @@ MaintenancePage::MaintenancePage(AppState& state, QWidget* parent)
     scroll->setWidget(content);
     outer->addWidget(scroll);
 
-    auto* title = makeHeading(QStringLiteral("One-click maintenance"), content);
+    auto* title = makeHeading(MaintenanceTexts::title(), content);
     layout->addWidget(title);
-    layout->addWidget(new QLabel(QStringLiteral("Live monitors and real one-click maintenance."), content));
+    layout->addWidget(new QLabel(MaintenanceTexts::subtitle(), content));
     m_meter = new QLabel(content);
     m_meter->setObjectName(QStringLiteral("liveMeter"));
     layout->addWidget(m_meter);
@@ -64,7 +63,7 @@ MaintenancePage::MaintenancePage(AppState& state, QWidget* parent)
 
     for (const MaintenanceTask& task : Maintenance::tasks())
         layout->addWidget(makeCard(task));
-    layout->addWidget(makeMailCard());
+    layout->addWidget(new MailCard(m_state.audit(), m_state.fullDisk(), this));
     layout->addStretch();
 
     auto* ticker = new QTimer(this);
@@ -89,6 +88,11 @@ QWidget* MaintenancePage::makeCard(const MaintenanceTask& task)
         parts.meter = new QLabel(card);
         layout->addWidget(parts.meter);
     }
+    if (task.measure == MaintenanceTask::Measure::freeSpace) {
+        auto* explanation = wrapped(MaintenanceTexts::purgeableExplanation(), card);
+        explanation->setObjectName(QStringLiteral("purgeableExplanation"));
+        layout->addWidget(explanation);
+    }
     parts.result = wrapped({}, card);
     parts.result->hide();
     layout->addWidget(parts.result);
@@ -99,40 +103,12 @@ QWidget* MaintenancePage::makeCard(const MaintenanceTask& task)
     return card;
 }
 
-QWidget* MaintenancePage::makeMailCard()
-{
-    auto* card = new QGroupBox(QStringLiteral("Optimize Thunderbird"), this);
-    card->setObjectName(QStringLiteral("task-mail"));
-    auto* layout = new QVBoxLayout(card);
-    layout->addWidget(
-        wrapped(QStringLiteral("Compacts and reindexes Thunderbird’s search database (global-messages-db) "
-                               "— the fix for slow search and a sluggish Thunderbird. Quits Thunderbird "
-                               "first; conversations are untouched."),
-            card));
-    m_mailResult = wrapped({}, card);
-    m_mailResult->hide();
-    layout->addWidget(m_mailResult);
-    m_mailButton = new QPushButton(QStringLiteral("Optimize"), card);
-    layout->addWidget(m_mailButton, 0, Qt::AlignLeft);
-    connect(m_mailButton, &QPushButton::clicked, this, [this] {
-        m_mailButton->setEnabled(false);
-        m_background = runInBackground(
-            this, [home = QDir::homePath()] { return MailOptimizer::optimize(home); },
-            [this](TaskResult result) {
-                m_state.audit().recordAction(Maintenance::feature, QStringLiteral("Optimize Thunderbird"),
-                    result.success ? result.message : QStringLiteral("Failed: ") + result.message);
-                showResult(m_mailResult, result.success, result.message);
-                m_mailButton->setEnabled(true);
-            });
-    });
-    return card;
-}
-
 void MaintenancePage::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
     m_state.helper().refreshState(m_state.helperService());
     showHelperState();
+    m_state.fullDisk().probe();
 }
 
 void MaintenancePage::showHelperState()
@@ -152,16 +128,13 @@ void MaintenancePage::showHelperState()
     m_prompt->setVisible(state != HelperManager::State::ready || refreshing);
     if (refreshing) {
         m_prompt->setTitle(HelperTexts::updatingStatus());
-        m_promptText->setText(QStringLiteral("This version of Velloru came with a newer helper; it is replacing the "
-                                             "old one. The buttons come back when it is done."));
+        m_promptText->setText(MaintenanceTexts::updatingText());
     } else if (state == HelperManager::State::needsApproval) {
-        m_prompt->setTitle(QStringLiteral("One more step — approve the helper"));
-        m_promptText->setText(QStringLiteral("The helper is installed but switched off. Press Approve and confirm as "
-                                             "an administrator to switch it on. No more prompts after that."));
+        m_prompt->setTitle(MaintenanceTexts::approveTitle());
+        m_promptText->setText(MaintenanceTexts::approveText());
     } else {
-        m_prompt->setTitle(QStringLiteral("Turn on one-click maintenance"));
-        QString text = QStringLiteral("The buttons below need administrator rights. Install Velloru’s helper once "
-                                      "(you’ll approve it as an administrator) and they become one click forever.");
+        m_prompt->setTitle(MaintenanceTexts::setUpTitle());
+        QString text = MaintenanceTexts::setUpText();
         if (state == HelperManager::State::failed)
             text += QStringLiteral("\n") + m_state.helper().failureMessage();
         m_promptText->setText(text);
@@ -185,8 +158,18 @@ void MaintenancePage::updateMeter()
 void MaintenancePage::press(const MaintenanceTask& task)
 {
     HelperManager& helper = m_state.helper();
-    if (helper.state() != HelperManager::State::ready)
-        return m_installer->install();
+    if (helper.state() != HelperManager::State::ready) {
+        // Installing asks for an administrator's approval, which may take the user a while.
+        if (m_background)
+            return;
+        m_background = runInBackground(
+            this, [&service = m_state.helperService()] { return service.registerService(); },
+            [this](std::optional<HelperService::Error> error) {
+                m_background.reset();
+                m_state.helper().completeInstall(m_state.helperService(), error);
+            });
+        return;
+    }
     const Card card = m_cards.value(task.rawValue);
     card.button->setEnabled(false);
     card.button->setText(QStringLiteral("Running…"));
@@ -198,15 +181,8 @@ void MaintenancePage::press(const MaintenanceTask& task)
     runMaintenanceTask(
         helper, m_state.audit(), task, showStep, [this, card, raw = task.rawValue](MaintenanceOutcome outcome) {
             m_running.remove(raw);
-            showResult(card.result, outcome.success, outcome.line);
+            showResultLine(card.result, outcome.success, outcome.line);
             card.button->setEnabled(true);
             card.button->setText(QStringLiteral("Run"));
         });
-}
-
-void MaintenancePage::showResult(QLabel* label, bool success, const QString& line)
-{
-    label->setText((success ? QStringLiteral("✓ ") : QStringLiteral("⚠ ")) + line);
-    label->setToolTip(success ? QStringLiteral("Done") : QStringLiteral("Failed"));
-    label->show();
 }

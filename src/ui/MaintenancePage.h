@@ -10,7 +10,6 @@
 #include <thread>
 
 class AppState;
-class HelperInstaller;
 class QGroupBox;
 class QLabel;
 class QPushButton;
@@ -39,20 +38,15 @@ private:
     };
 
     QWidget* makeCard(const MaintenanceTask& task);
-    QWidget* makeMailCard();
     void showHelperState();
     void updateMeter();
     void press(const MaintenanceTask& task);
-    void showResult(QLabel* label, bool success, const QString& line);
 
     AppState& m_state;
-    HelperInstaller* m_installer = nullptr;
     QLabel* m_meter = nullptr;
     QGroupBox* m_prompt = nullptr;
     QLabel* m_promptText = nullptr;
     QHash<QString, Card> m_cards;
-    QSet<QString> m_running; // tasks whose button stays "Running…" whatever else changes
-    QPushButton* m_mailButton = nullptr;
-    QLabel* m_mailResult = nullptr;
-    std::unique_ptr<std::jthread> m_background; // optimizing Thunderbird
+    QSet<QString> m_running;                    // tasks whose button stays "Running…" whatever else changes
+    std::unique_ptr<std::jthread> m_background; // installing the helper
 };

@@ -131,7 +131,10 @@ bool FastWalk::start(std::vector<std::shared_ptr<DirNode>>& branches, Progress& 
     std::int64_t count = 0;
     const auto buffer = std::make_unique<std::byte[]>(directoryBufferSize);
     std::optional<FolderListing> listing = FolderListing::open(m_root, std::span(buffer.get(), directoryBufferSize));
-    if (listing) {
+    // A root that cannot be listed has nothing to report but its own blocks, which would pass for an answer.
+    if (!listing)
+        return false;
+    {
         // The top-level folders are examined in full here: they must be known to be on this volume and
         // distinct before they become branches.
         listing->visit(SubfolderDetail::full, [&](const Entry& entry) {
@@ -150,6 +153,8 @@ bool FastWalk::start(std::vector<std::shared_ptr<DirNode>>& branches, Progress& 
             if (entry.linkCount <= 1 || m_state.seenFiles.insert({entry.device, entry.fileID}).second)
                 bytes = checkedAdd(bytes, entry.allocatedSize);
         });
+        if (listing->failed())
+            m_state.unreadableFolders.push_back(m_root);
     }
     progress.rootFileBytes = bytes;
     progress.rootFileCount = count;
@@ -195,11 +200,13 @@ void FastWalk::drive()
         }
         if (reported < branches.size())
             publish(Progress{std::move(scanning), progress.measured, progress.measuredTotal, false,
-                progress.rootFileBytes, progress.rootFileCount});
+                progress.rootFileBytes, progress.rootFileCount, {}});
     }
     m_workers.clear(); // joins every worker
     if (cancelled)
         return;
+    progress.unreadableFolders = std::move(m_state.unreadableFolders);
+    std::ranges::sort(progress.unreadableFolders);
     progress.finished = true;
     publish(std::move(progress));
     endStream();
@@ -230,6 +237,7 @@ void FastWalk::work()
             = listing ? listing->folder() : statusAt(AT_FDCWD, node.path.c_str(), StatDetail::identity);
         // Another device is another volume (a mount point): the walk never goes there.
         const bool onThisVolume = self && self->device == m_device;
+        bool unreadable = !listing;
         if (listing && onThisVolume) {
             listing->visit(SubfolderDetail::typeOnly, [&](const Entry& entry) {
                 if (entry.isDirectory) {
@@ -245,6 +253,7 @@ void FastWalk::work()
                 else
                     bytes = checkedAdd(bytes, entry.allocatedSize);
             });
+            unreadable = listing->failed();
         }
         listing.reset();
 
@@ -269,6 +278,8 @@ void FastWalk::work()
                 for (auto& child : children)
                     m_state.queue.push_back(Job{std::move(child), job->branch, job->node.get()});
                 queued = std::int64_t(children.size());
+                if (unreadable)
+                    m_state.unreadableFolders.push_back(node.path);
                 m_state.counters.foldersListed += 1;
                 m_state.counters.filesCounted += count;
                 m_state.counters.bytesCounted += bytes;

@@ -25,7 +25,7 @@ public:
     FastWalk& operator=(const FastWalk&) = delete;
 
     // The next value of the stream, waiting for it. Nothing once the stream has ended: after the value
-    // with `finished` set, at once when the root cannot be examined, or after cancel().
+    // with `finished` set, at once when the root cannot be examined or listed, or after cancel().
     std::optional<Progress> next();
     // Waits at most `timeout` for a value or the end of the stream; true when next() would not wait.
     bool waitFor(std::chrono::milliseconds timeout);

@@ -29,6 +29,8 @@ public:
     // per item. An item that vanishes before it can be examined is skipped. With `typeOnly`, a subfolder's
     // entry carries the listing folder's device, the inode the listing reports and no allocated size.
     void visit(SubfolderDetail detail, const std::function<void(const Entry&)>& visit);
+    // After visit(): whether the listing stopped at an error before its end.
+    bool failed() const { return m_reader.error() != 0; }
 
 private:
     FolderListing(DirectoryReader reader, const FileStatus& folder)

@@ -18,6 +18,9 @@ struct Progress {
     // root folder's own allocation, so that measuredTotal + rootFileBytes is the whole tree.
     std::int64_t rootFileBytes = 0;
     std::int64_t rootFileCount = 0;
+    // Folders that could not be listed (or not to the end), sorted; what they hold is missing from the totals.
+    // Set in the finished value only.
+    std::vector<std::string> unreadableFolders;
 };
 
 // Live counters for a progress display, sampled while the walk runs.

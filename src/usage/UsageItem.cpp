@@ -10,15 +10,16 @@ namespace {
 UsageItem folderItem(const std::shared_ptr<const DirNode>& node)
 {
     return UsageItem{node->isPackage ? UsageItem::Kind::package : UsageItem::Kind::folder, fromFileName(node->name),
-        fromFileName(node->path), node->total, node->totalFileCount, node};
+        fromFileName(node->path), node->total, node->totalFileCount, node, isExactFileName(node->path)};
 }
 
 // The files item carries the folder's own blocks too, so the items add up to the folder's total. It is
 // left out when the folder holds no files: a cell of "0 files" would only puzzle.
-void appendFiles(QList<UsageItem>& items, const QString& folderPath, qint64 bytes, qint64 count)
+void appendFiles(QList<UsageItem>& items, const QString& folderPath, bool exactPath, qint64 bytes, qint64 count)
 {
     if (count > 0)
-        items.append(UsageItem{UsageItem::Kind::files, UsageTexts::filesInFolder, folderPath, bytes, count, {}});
+        items.append(
+            UsageItem{UsageItem::Kind::files, UsageTexts::filesInFolder, folderPath, bytes, count, {}, exactPath});
 }
 
 void sortLargestFirst(QList<UsageItem>& items)
@@ -33,8 +34,8 @@ QList<UsageItem> itemsOf(const DirNode& folder)
     QList<UsageItem> items;
     for (const auto& child : folder.subdirectories)
         items.append(folderItem(child));
-    appendFiles(
-        items, fromFileName(folder.path), folder.directFileBytes + folder.ownAllocatedSize, folder.directFileCount);
+    appendFiles(items, fromFileName(folder.path), isExactFileName(folder.path),
+        folder.directFileBytes + folder.ownAllocatedSize, folder.directFileCount);
     sortLargestFirst(items);
     return items;
 }
@@ -44,7 +45,8 @@ QList<UsageItem> itemsOf(const Progress& progress, const QString& rootPath)
     QList<UsageItem> items;
     for (const auto& branch : progress.measured)
         items.append(folderItem(branch));
-    appendFiles(items, rootPath, progress.rootFileBytes, progress.rootFileCount);
+    // The root's path is exact: resolveWalkRoot refuses any other.
+    appendFiles(items, rootPath, true, progress.rootFileBytes, progress.rootFileCount);
     sortLargestFirst(items);
     return items;
 }

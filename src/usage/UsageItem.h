@@ -19,9 +19,15 @@ struct UsageItem {
     qint64 bytes = 0;
     qint64 fileCount = 0;
     std::shared_ptr<const DirNode> node; // none for files
+    // False when the name, or the name of a folder above it, isn't valid UTF-8: `name` and `path` then show
+    // the bad bytes as escapes, and the path names no file the system could be handed.
+    bool exactPath = true;
 
     // Only a folder with subfolders has more to show when opened.
     bool canOpen() const { return kind == Kind::folder && node && !node->subdirectories.empty(); }
+    // A folder or package may go to the Trash, but only when its path is exact: an approximate one could name
+    // another item.
+    bool canMoveToTrash() const { return kind != Kind::files && exactPath; }
 };
 
 // The subfolders of `folder` and its own files as one more item, largest first.

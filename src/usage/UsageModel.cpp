@@ -24,9 +24,10 @@ bool UsageModel::measure(const QString& path)
     m_progress = {};
     m_scanning.clear();
     m_counters = {};
-    const std::optional<QString> root = resolveWalkRoot(path);
+    const ResolvedRoot resolved = resolveWalkRoot(path);
+    const std::optional<QString>& root = resolved.path;
     m_rootPath = root.value_or(path);
-    m_failure = root ? QString() : UsageTexts::noSuchFolder(path);
+    m_failure = resolved.failure;
     if (!root) {
         Q_EMIT itemsChanged();
         return false;
@@ -102,6 +103,14 @@ void UsageModel::sampleCounters()
         return;
     m_counters = m_walk->counters();
     Q_EMIT progressChanged();
+}
+
+QString UsageModel::unreadableNote() const
+{
+    const std::vector<std::string>& unreadable = m_progress.unreadableFolders;
+    return unreadable.empty()
+        ? QString()
+        : UsageTexts::unreadableFolders(qsizetype(unreadable.size()), fromFileName(unreadable.front()));
 }
 
 QString UsageModel::shownPath() const

@@ -32,6 +32,8 @@ public:
     QString rootPath() const { return m_rootPath; }
     // A sentence saying why the last walk could not be done; empty when it could.
     QString failure() const { return m_failure; }
+    // A sentence about the folders the finished walk could not read; empty when it read them all.
+    QString unreadableNote() const;
 
     // The folder the charts show: the root, or a folder opened below it.
     QString shownPath() const;

@@ -1,18 +1,24 @@
 #include "usage/WalkRoot.h"
 
+#include "common/LocalPath.h"
+#include "usage/UsageTexts.h"
+
 #include <QFile>
-#include <QFileInfo>
 #include <QStorageInfo>
 
-std::optional<QString> resolveWalkRoot(const QString& path)
+#include <filesystem>
+
+ResolvedRoot resolveWalkRoot(const QString& path)
 {
-    const QFileInfo info(path);
-    if (!info.isDir())
-        return std::nullopt;
-    const QString canonical = info.canonicalFilePath();
-    if (canonical.isEmpty())
-        return std::nullopt;
-    return canonical;
+    const std::optional<QByteArray> bytes = LocalPath::encode(path);
+    std::error_code error;
+    const std::filesystem::path given(bytes.value_or(QByteArray()).toStdString());
+    const std::string canonical = bytes ? std::filesystem::canonical(given, error).string() : std::string();
+    if (!bytes || error || !std::filesystem::is_directory(canonical, error))
+        return {std::nullopt, UsageTexts::noSuchFolder(path)};
+    if (!isExactFileName(canonical))
+        return {std::nullopt, UsageTexts::badFolderName(fromFileName(canonical))};
+    return {fromFileName(canonical), {}};
 }
 
 std::unordered_set<std::string> defaultLeaveOut()
@@ -38,7 +44,13 @@ QList<VolumeChoice> mountedVolumes()
 
 QString fromFileName(const std::string& name)
 {
-    return QFile::decodeName(QByteArray::fromRawData(name.data(), qsizetype(name.size())));
+    const QByteArrayView bytes(name.data(), qsizetype(name.size()));
+    return LocalPath::decode(bytes).value_or(LocalPath::printable(bytes));
+}
+
+bool isExactFileName(const std::string& name)
+{
+    return LocalPath::isRepresentable(QByteArrayView(name.data(), qsizetype(name.size())));
 }
 
 std::string toFileName(const QString& path)

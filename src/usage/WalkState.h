@@ -8,6 +8,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <unordered_set>
 #include <vector>
 
@@ -51,4 +52,5 @@ struct WalkState {
     // Files with more than one name, so that a hard-linked file is counted once, as `du` does.
     std::unordered_set<FileIdentity, FileIdentityHash> seenFiles;
     WalkCounters counters;
+    std::vector<std::string> unreadableFolders; // in the order they were found
 };

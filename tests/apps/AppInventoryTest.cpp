@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QElapsedTimer>
+#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -87,4 +89,36 @@ TEST(AppInventory, MonitoringPicksUpNewAndRemovedEntries)
                 && !inventory.isBundleIDInstalled(QStringLiteral("first"));
         },
         15'000));
+}
+
+TEST(AppInventory, AFolderThatNeverStopsChangingIsStillRescannedInBatches)
+{
+    FixtureTree tree;
+    const QString folder = tree.makeFolder(QStringLiteral("applications"));
+    AppInventory inventory([folder] { return folderSources(folder); });
+    inventory.startMonitoring();
+    inventory.scan();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return inventory.hasScanned(); }, 10'000));
+    QSignalSpy published(&inventory, &AppInventory::scanned);
+
+    // A download keeps creating and removing partial files every 200 ms, far more often than the latency.
+    // An app entry written while it goes on is picked up without waiting for the folder to fall quiet.
+    QElapsedTimer churning;
+    churning.start();
+    int round = 0;
+    const auto churn = [&] {
+        QFile::remove(tree.path(QStringLiteral("applications/partial-%1.tmp").arg(round)));
+        ++round;
+        tree.write(QStringLiteral("applications/partial-%1.tmp").arg(round), QByteArray::number(round));
+        QTest::qWait(200);
+    };
+    while (churning.elapsed() < AppInventory::changeLatencyMs)
+        churn();
+    tree.write(QStringLiteral("applications/arrived.desktop"), appEntry("Arrived", "arrived"));
+    while (!inventory.isBundleIDInstalled(QStringLiteral("arrived")) && churning.elapsed() < 20'000)
+        churn();
+    EXPECT_TRUE(inventory.isBundleIDInstalled(QStringLiteral("arrived")))
+        << "no rescan in " << churning.elapsed() << " ms of changes every 200 ms";
+    // One rescan per latency at most (plus the one a change after the quiet spell starts), never one per change.
+    EXPECT_LE(published.size(), churning.elapsed() / AppInventory::changeLatencyMs + 2) << round << " changes";
 }

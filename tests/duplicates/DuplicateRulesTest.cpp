@@ -109,8 +109,13 @@ TEST(DuplicateRules, BlockReasonsAndWhatEachCopyFrees)
     EXPECT_EQ(DuplicateRules::blockReason(member), DuplicateTexts::blockedLocked());
     member.flags &= ~FileFlags::userImmutable;
     EXPECT_EQ(DuplicateRules::blockReason(member), DuplicateTexts::blockedSystemProtected());
-    EXPECT_EQ(DuplicateRules::blockReason(file(QStringLiteral("/x/Photos.photoslibrary/originals/a.jpg"))),
-        QStringLiteral("Inside an app or library bundle — those are removed whole, never file by file"));
+    const QString insideBundle
+        = QStringLiteral("Inside an app or library bundle — those are removed whole, never file by file");
+    EXPECT_EQ(
+        DuplicateRules::blockReason(file(QStringLiteral("/x/Photos.photoslibrary/originals/a.jpg"))), insideBundle);
+    EXPECT_EQ(DuplicateRules::blockReason(file(QStringLiteral("/x/Talks/talk.key"))), insideBundle)
+        << "the file's own name counts";
+    EXPECT_FALSE(DuplicateRules::blockReason(file(QStringLiteral("/x/key/talk.keynote"))));
 
     DuplicateFile hardLinked = file(QStringLiteral("/data/b.bin"));
     hardLinked.linkCount = 2;
@@ -150,6 +155,23 @@ TEST(DuplicateRules, GroupsWithMoreToGainComeFirstThenLargerSets)
     EXPECT_EQ(counts, QList<qsizetype>({2, 3, 2, 2}));
 }
 
+TEST(DuplicateRules, SetsThatFreeAsMuchWithAsManyCopiesGoByTheKeepersPath)
+{
+    // The order is the same on every run, whichever order the comparison proved the sets in.
+    const auto pair = [](const QString& folder) {
+        return groupOf({file(folder + QStringLiteral("/copy.bin")), file(folder + QStringLiteral("/x/copy.bin"))});
+    };
+    QList<DuplicateGroup> groups
+        = {pair(QStringLiteral("/data/b")), pair(QStringLiteral("/data/c")), pair(QStringLiteral("/data/a"))};
+    DuplicateRules::sortGroups(groups);
+    QStringList keepers;
+    for (const DuplicateGroup& group : groups)
+        keepers.append(group.keeper()->path);
+    EXPECT_EQ(keepers,
+        QStringList({QStringLiteral("/data/a/copy.bin"), QStringLiteral("/data/b/copy.bin"),
+            QStringLiteral("/data/c/copy.bin")}));
+}
+
 TEST(NotScannedSummary, WordingForOneAndForTwo)
 {
     InventoryStats inventory;
@@ -173,4 +195,24 @@ TEST(NotScannedSummary, WordingForOneAndForTwo)
     inventory = {};
     inventory.unreadableDirectories = 2;
     EXPECT_EQ(notScannedSummary(inventory, {}), QStringLiteral("2 folders could not be opened."));
+
+    engine = {};
+    engine.unreadable = 1;
+    engine.changedDuringScan = 1;
+    EXPECT_EQ(notScannedSummary({}, engine),
+        QStringLiteral("1 file could not be read. 1 file changed during the scan and was left out — scan again to "
+                       "compare it."));
+
+    inventory = {};
+    inventory.badNameFilesSkipped = inventory.badNameFoldersSkipped = 1;
+    EXPECT_EQ(notScannedSummary(inventory, {}),
+        QStringLiteral("1 file has a name that isn’t valid UTF-8 and was left out — rename it to include it. 1 folder "
+                       "has a name that isn’t valid UTF-8 and was left out with everything in it — rename it to "
+                       "include it."));
+    inventory.badNameFilesSkipped = 3;
+    inventory.badNameFoldersSkipped = 2;
+    EXPECT_EQ(notScannedSummary(inventory, {}),
+        QStringLiteral("3 files have names that aren’t valid UTF-8 and were left out — rename them to include them. "
+                       "2 folders have names that aren’t valid UTF-8 and were left out with everything in them — "
+                       "rename them to include them."));
 }

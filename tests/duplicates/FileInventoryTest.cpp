@@ -92,8 +92,12 @@ TEST(FileInventory, ExclusionRules)
             "/media/usb", "/srv/files", "/opt/app", "/usr/local/data", "/usr/library", "/procs", "/work/usr/lib"})
         EXPECT_FALSE(isExcludedPath(path, home)) << path;
 
-    EXPECT_TRUE(InventoryRules::isInsidePackage("/x/Photos.photoslibrary/a.jpg"));
-    EXPECT_FALSE(InventoryRules::isInsidePackage("/x/Photos/a.photoslibrary"));
+    using InventoryRules::hasPackageComponent;
+    EXPECT_TRUE(hasPackageComponent("/x/Photos.photoslibrary/a.jpg"));
+    EXPECT_TRUE(hasPackageComponent("/x/Photos/talk.key"));
+    EXPECT_TRUE(hasPackageComponent("Tool.APP"));
+    EXPECT_FALSE(hasPackageComponent("/x/key/app/talk.txt"));
+    EXPECT_FALSE(hasPackageComponent("/"));
 }
 
 TEST(FileInventory, SameDeviceFlagStopsAtAnotherFileSystem)
@@ -128,6 +132,28 @@ TEST(FileInventory, UnreadableFolderIsCountedAndTheRestIsRead)
         EXPECT_EQ(inventory.stats.unreadableDirectories, 1);
     }
     ::chmod(QFile::encodeName(tree.path(QStringLiteral("closed"))), 0700);
+}
+
+TEST(FileInventory, NamesThatAreNotUtf8AreLeftOutWithTheirFolderContentsAndCounted)
+{
+    FixtureTree tree;
+    tree.write(QStringLiteral("kept.bin"), patternBytes(100, 1));
+    tree.write(QStringLiteral("good/also-kept.bin"), patternBytes(100, 2));
+    const QByteArray root = QFile::encodeName(tree.path());
+    ASSERT_TRUE(writeFileNamedBytes(root + "/bad\xff.bin", patternBytes(100, 1)));
+    ASSERT_TRUE(writeFileNamedBytes(root + "/good/cut\xe2\x82.bin", patternBytes(100, 3)));
+    ASSERT_TRUE(makeFolderNamedBytes(root + "/folder\xfe"));
+    for (const char* name : {"/folder\xfe/one.bin", "/folder\xfe/two.bin"})
+        ASSERT_TRUE(writeFileNamedBytes(root + name, patternBytes(100, 4)));
+    // The replacement character itself is a valid name, and its file is recorded like any other.
+    ASSERT_TRUE(writeFileNamedBytes(root + "/B\xef\xbf\xbd.bin", patternBytes(100, 5)));
+
+    const Inventory inventory = inventoryOf({tree.path()});
+    EXPECT_EQ(recordedPaths(inventory),
+        QStringList({tree.path(QStringLiteral("B\uFFFD.bin")), tree.path(QStringLiteral("good/also-kept.bin")),
+            tree.path(QStringLiteral("kept.bin"))}));
+    EXPECT_EQ(inventory.stats.badNameFilesSkipped, 2);
+    EXPECT_EQ(inventory.stats.badNameFoldersSkipped, 1);
 }
 
 TEST(FileInventory, CancelledBeforeStartReadsNothing)

@@ -55,15 +55,39 @@ TEST(Trasher, TwoReportsInOneTrashKeepBothWithPutBackRecordsOthersCanRead)
     EXPECT_TRUE(record.contains("/b/50%25%20done%20%231.txt\n")) << record.constData();
     EXPECT_TRUE(record.contains("\nDeletionDate=20")) << record.constData();
 
-    // A Trash client nobody here wrote lists what we trashed, with the original paths.
-    if (const auto listed = runTool(QStringLiteral("trash-list"), {})) {
-        EXPECT_TRUE(listed->contains(second)) << listed->toStdString();
-        EXPECT_TRUE(listed->contains(odd)) << listed->toStdString();
-    }
     const TrashLocations::Summary summary = TrashLocations::summarize();
     EXPECT_EQ(summary.items, 4);
     EXPECT_FALSE(summary.otherVolumesHoldItems);
     EXPECT_EQ(TrashLocations::emptyWarning(summary), TrashTexts::emptyWarning());
+}
+
+TEST(Trasher, TrashCliListsWhatWeTrashedWithTheOriginalPaths)
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("trash-list")).isEmpty())
+        GTEST_SKIP() << "trash-cli is not installed, so no other Trash client can read what was trashed";
+    FixtureTree tree;
+    const QString report = tree.write(QStringLiteral("b/report.pdf"), "second!");
+    const QString odd = tree.write(QStringLiteral("b/50% done #1.txt"), "odd name");
+    ASSERT_TRUE(trash({report, odd}).failed.isEmpty());
+    const auto listed = runTool(QStringLiteral("trash-list"), {});
+    ASSERT_TRUE(listed);
+    EXPECT_TRUE(listed->contains(report)) << listed->toStdString();
+    EXPECT_TRUE(listed->contains(odd)) << listed->toStdString();
+}
+
+TEST(Trasher, TrashCliListsWhatWeTrashedOnAnotherVolume)
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("trash-list")).isEmpty())
+        GTEST_SKIP() << "trash-cli is not installed, so no other Trash client can read what was trashed";
+    FixtureTree tree;
+    auto volume = TmpfsMount::mount(tree.path(QStringLiteral("volume")), QStringLiteral("size=1m"));
+    if (!volume)
+        GTEST_SKIP() << "needs root to mount a second volume";
+    const QString file = tree.write(QStringLiteral("volume/photos/beach.jpg"), "jpeg");
+    ASSERT_TRUE(trash({file}).failed.isEmpty());
+    const auto listed = runTool(QStringLiteral("trash-list"), {});
+    ASSERT_TRUE(listed);
+    EXPECT_TRUE(listed->contains(file)) << listed->toStdString();
 }
 
 TEST(Trasher, TheDesktopsOwnToolsRestoreWhatWeTrashed)
@@ -97,17 +121,41 @@ TEST(Trasher, FailuresGetTheirOwnSentences)
     EXPECT_TRUE(result.trashedURLs.isEmpty());
     EXPECT_EQ(result.failed[0].reason, TrashTexts::vanished());
     EXPECT_EQ(result.failed[1].reason, TrashTexts::alreadyInTrash());
+}
 
-    // An immutable file refuses even root.
+TEST(Trasher, AnImmutableFileStaysWhereItIsWithTheSentenceThatSaysWhy)
+{
+    FixtureTree tree;
     const QString locked = tree.write(QStringLiteral("locked.txt"), "locked");
-    int status = -1;
-    if (runTool(QStringLiteral("chattr"), {QStringLiteral("+i"), locked}, &status) && status == 0) {
-        const TrashResult refused = trash({locked});
-        runTool(QStringLiteral("chattr"), {QStringLiteral("-i"), locked});
-        ASSERT_EQ(refused.failed.size(), 1);
-        EXPECT_EQ(refused.failed[0].reason, TrashTexts::systemProtected());
-        EXPECT_TRUE(QFile::exists(locked));
-    }
+    const ImmutableFlag flag(locked);
+    if (!flag.isSet())
+        GTEST_SKIP() << "chattr +i could not make the test's file immutable (it needs root and a file system that "
+                        "keeps the flag): "
+                     << flag.failure().toStdString();
+
+    // The flag refuses the rename even to root.
+    const TrashResult refused = trash({locked});
+    ASSERT_EQ(refused.failed.size(), 1);
+    EXPECT_EQ(refused.failed[0].reason, TrashTexts::systemProtected());
+    EXPECT_TRUE(refused.succeeded.isEmpty());
+    EXPECT_EQ(readWholeFile(locked), "locked");
+}
+
+TEST(Trasher, ASecondDotfileIsNumberedAfterItsWholeName)
+{
+    // ".bashrc" has no extension: its copies are ".bashrc 1" and ".bashrc 2", never " 1.bashrc".
+    FixtureTree tree;
+    const QString first = tree.write(QStringLiteral("a/.bashrc"), "first");
+    const QString second = tree.write(QStringLiteral("b/.bashrc"), "second");
+    const QString third = tree.write(QStringLiteral("c/.bashrc"), "third");
+
+    const TrashResult result = trash({first, second, third});
+    ASSERT_TRUE(result.failed.isEmpty()) << result.failed.first().reason.toStdString();
+    EXPECT_EQ(result.trashedURLs.value(first), homeTrashFiles() + QStringLiteral("/.bashrc"));
+    EXPECT_EQ(result.trashedURLs.value(second), homeTrashFiles() + QStringLiteral("/.bashrc 1"));
+    EXPECT_EQ(result.trashedURLs.value(third), homeTrashFiles() + QStringLiteral("/.bashrc 2"));
+    EXPECT_EQ(readWholeFile(homeTrashFiles() + QStringLiteral("/.bashrc 2")), "third");
+    EXPECT_TRUE(readWholeFile(homeTrashPath() + QStringLiteral("/info/.bashrc 1.trashinfo")).contains("/b/.bashrc\n"));
 }
 
 TEST(Trasher, AnItemOnAnotherVolumeStaysOnThatVolume)
@@ -129,9 +177,6 @@ TEST(Trasher, AnItemOnAnotherVolumeStaysOnThatVolume)
     const TrashLocations::Summary summary = TrashLocations::summarize();
     EXPECT_TRUE(summary.otherVolumesHoldItems);
     EXPECT_EQ(TrashLocations::emptyWarning(summary), TrashTexts::emptyWarningWithVolumes());
-    if (const auto listed = runTool(QStringLiteral("trash-list"), {})) {
-        EXPECT_TRUE(listed->contains(file)) << listed->toStdString();
-    }
 
     // A shared ".Trash" with the sticky bit is used; a per-user Trash that is a link is never used.
     auto second = TmpfsMount::mount(tree.path(QStringLiteral("second")), QStringLiteral("size=1m"));

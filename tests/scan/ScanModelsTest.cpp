@@ -1,5 +1,4 @@
 #include "scan/ScanGroup.h"
-#include "scan/ScanPhase.h"
 #include "scan/ScanPulse.h"
 #include "scan/ScanSelection.h"
 
@@ -79,16 +78,6 @@ TEST(ScanModelsDeathTest, AnOverflowingGroupSizeStopsTheProgram)
     const ScanGroup huge
         = ScanGroup::make(QStringLiteral("Huge"), {}, {item("/a", std::numeric_limits<qint64>::max()), item("/b", 1)});
     EXPECT_DEATH((void)huge.size(), "overflow");
-}
-
-TEST(ScanModels, PhasesCompareByCaseAndPayload)
-{
-    ScanPhaseValue phase = ScanPhase::Idle{};
-    EXPECT_TRUE(std::holds_alternative<ScanPhase::Idle>(phase));
-    phase = ScanPhase::Scanning{QStringLiteral("Caches")};
-    EXPECT_EQ(phase, ScanPhaseValue(ScanPhase::Scanning{QStringLiteral("Caches")}));
-    EXPECT_NE(phase, ScanPhaseValue(ScanPhase::Scanning{QStringLiteral("Logs")}));
-    EXPECT_NE(ScanPhaseValue(ScanPhase::Done{1, 2}), ScanPhaseValue(ScanPhase::Done{2, 1}));
 }
 
 TEST(ScanModels, PulseGivesConsistentSnapshotsUnderConcurrentWriters)

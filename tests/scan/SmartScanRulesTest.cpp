@@ -1,11 +1,9 @@
 #include "TestSupport.h"
 
-#include "platform/DirectoryReader.h"
 #include "scan/LaunchAgentInfo.h"
 #include "scan/ScanPulse.h"
 #include "scan/SmartScanRules.h"
 #include "scan/SmartScanTexts.h"
-#include "scan/TreeSize.h"
 
 #include <gtest/gtest.h>
 
@@ -171,7 +169,8 @@ TEST(SmartScanRules, GradesEveryKindOfFindInAFixtureHome)
 
     const ScanGroup* thumbnails = group(groups, SmartScanTexts::thumbnailsTitle());
     ASSERT_TRUE(thumbnails);
-    EXPECT_EQ(names(*thumbnails), (QStringList{"thumbnails", "com.apple.QuickLook.thumbnailcache"}));
+    // Thumbnail caches keep their listing order: the larger one, listed second, stays second.
+    EXPECT_EQ(names(*thumbnails), (QStringList{"com.apple.QuickLook.thumbnailcache", "thumbnails"}));
     EXPECT_EQ(thumbnails->items.first().risk, RiskLevel::safe);
     EXPECT_EQ(thumbnails->items.first().detail, SmartScanTexts::thumbnailCache());
 
@@ -217,13 +216,57 @@ TEST(SmartScanRules, UnreadableAndMissingFoldersContributeNothing)
     input.locations.crashFolders << tree.path(QStringLiteral("no/such/folder"));
     input.owners = owners({QStringLiteral("vlc")});
     ScanPulse pulse;
-    const QList<ScanGroup> groups = runSmartScan(input, pulse, {});
+    QList<ScanGroup> groups;
+    {
+        // Root would read the locked folder anyway.
+        FileAccessChecksEnforced asAnyoneElse;
+        groups = runSmartScan(input, pulse, {});
+    }
     QFile::setPermissions(tree.path(QStringLiteral("home/.cache/locked")),
         QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    // The locked folder measures as nothing, so it is not listed; the scan goes on with the next entry.
     ASSERT_EQ(groups.size(), 1);
-    // Root reads the locked folder anyway; anyone else gets an empty, and so unlisted, folder.
-    EXPECT_EQ(groups.first().items.size(), runningAsRoot() ? 2 : 1);
-    EXPECT_EQ(groups.first().items.last().url.toLocalFile(), tree.path(QStringLiteral("home/.cache/vlc")));
+    ASSERT_EQ(groups.first().items.size(), 1);
+    EXPECT_EQ(groups.first().items.first().url.toLocalFile(), tree.path(QStringLiteral("home/.cache/vlc")));
+}
+
+TEST(SmartScanRules, NamesThatAreNotUtf8AreLeftOutAndLoggedNeverTakenForAnotherName)
+{
+    FixtureTree tree;
+    tree.makeFolder(QStringLiteral("home/.cache"));
+    tree.makeFolder(QStringLiteral("home/.config/systemd/user"));
+    const QByteArray cache = QFile::encodeName(tree.path(QStringLiteral("home/.cache")));
+    // "app\xff" decodes to the name of the other folder, "app\xef\xbf\xbd".
+    ASSERT_TRUE(makeFolderNamedBytes(cache + "/app\xff"));
+    ASSERT_TRUE(writeFileNamedBytes(cache + "/app\xff/data", QByteArray(10'000, 'x')));
+    ASSERT_TRUE(makeFolderNamedBytes(cache + "/app\xef\xbf\xbd"));
+    ASSERT_TRUE(writeFileNamedBytes(cache + "/app\xef\xbf\xbd/data", QByteArray(100, 'x')));
+    const QByteArray units = QFile::encodeName(tree.path(QStringLiteral("home/.config/systemd/user")));
+    ASSERT_TRUE(writeFileNamedBytes(units + "/svc\xff.service", "[Service]\nExecStart=/bin/sh\n"));
+    ASSERT_TRUE(writeFileNamedBytes(units + "/svc\xef\xbf\xbd.service", "[Service]\nExecStart=/opt/gone/svc\n"));
+    // A place that is a link to where the cache really is, as when a cache folder is moved to another disk.
+    tree.write(QStringLiteral("moved-cache/vlc/a"), QByteArray(10, 'x'));
+    ASSERT_TRUE(QFile::link(tree.path(QStringLiteral("moved-cache")), tree.path(QStringLiteral("cache-link"))));
+    SmartScanInput input;
+    input.locations = locationsIn(tree);
+    input.locations.cacheFolders << tree.path(QStringLiteral("cache-link"));
+    input.owners = owners({QStringLiteral("vlc")});
+
+    const LogCapture log;
+    ScanPulse pulse;
+    const QList<ScanGroup> groups = runSmartScan(input, pulse, {});
+    const ScanGroup* caches = group(groups, SmartScanTexts::appCachesTitle());
+    ASSERT_TRUE(caches);
+    EXPECT_EQ(names(*caches), QStringList({QStringLiteral("app\uFFFD"), QStringLiteral("vlc")}));
+    const std::optional<ScanItem> replacement = item(groups, tree.path(QStringLiteral("home/.cache/app\uFFFD")));
+    ASSERT_TRUE(replacement);
+    EXPECT_EQ(replacement->size, 100);
+    EXPECT_TRUE(item(groups, tree.path(QStringLiteral("cache-link/vlc"))));
+    const ScanGroup* broken = group(groups, SmartScanTexts::brokenItemsTitle());
+    ASSERT_TRUE(broken);
+    EXPECT_EQ(names(*broken), QStringList({QStringLiteral("svc\uFFFD.service")}));
+    EXPECT_TRUE(log.contains(QStringLiteral("smart scan left out a name that is not UTF-8 path=\"%1/app\\\\xFF\"")
+                                 .arg(tree.path(QStringLiteral("home/.cache")))));
 }
 
 TEST(SmartScanRules, CancellationReturnsWhatWasFoundSoFar)
@@ -292,23 +335,6 @@ TEST(SmartScanRules, ATreeThatChangesMidScanNeverBreaksTheScan)
             EXPECT_GE(found.size, 1);
     }
     done = true;
-}
-
-TEST(TreeSize, CountsFilesBelowAFolderWithoutFollowingLinks)
-{
-    FixtureTree tree;
-    tree.write(QStringLiteral("a/one"), QByteArray(10, 'x'));
-    tree.write(QStringLiteral("a/b/two"), QByteArray(20, 'x'));
-    tree.write(QStringLiteral("outside/big"), QByteArray(100000, 'x'));
-    QFile::link(tree.path(QStringLiteral("outside")), tree.path(QStringLiteral("a/b/link")));
-    std::vector<std::byte> buffer(directoryBufferSize);
-    ScanPulse pulse;
-    const TreeSize size = measureTree(tree.path(QStringLiteral("a")), buffer, pulse, {});
-    EXPECT_EQ(size.bytes, 30);
-    EXPECT_FALSE(size.stopped);
-    EXPECT_EQ(pulse.snapshot().location, QStringLiteral("b"));
-    EXPECT_EQ(measureTree(tree.path(QStringLiteral("a/one")), buffer, pulse, {}).bytes, 10);
-    EXPECT_EQ(measureTree(tree.path(QStringLiteral("gone")), buffer, pulse, {}).bytes, -1);
 }
 
 TEST(LaunchAgentInfo, ReadsUnitsAndAutostartEntries)

@@ -1,11 +1,7 @@
-#include "TestSupport.h"
+#include "SessionManagers.h"
 
-#include "apps/AppInventory.h"
-#include "removal/AuditLog.h"
 #include "removal/TrashRecovery.h"
 #include "removal/TrashTexts.h"
-#include "removal/Trasher.h"
-#include "scan/RunningMonitor.h"
 #include "scan/SmartScanSession.h"
 #include "scan/SmartScanTexts.h"
 
@@ -18,17 +14,7 @@
 namespace {
 
 // A fixture home with one installed app (vlc) and a few finds of each grade.
-struct SessionFixture {
-    FixtureTree tree;
-    FixtureTree data;
-    AuditLog audit{data.path()};
-    AppInventory inventory{[this] {
-        AppSources sources;
-        sources.applicationFolders = {tree.path(QStringLiteral("applications"))};
-        return sources;
-    }};
-    RunningMonitor running{inventory};
-    Trasher trasher;
+struct SessionFixture : SessionManagers {
     SmartScanSession session{inventory, running, trasher, audit, locations()};
 
     SessionFixture()
@@ -65,6 +51,26 @@ bool isResults(const ScanPhaseValue& phase)
 bool isDone(const ScanPhaseValue& phase)
 {
     return std::holds_alternative<ScanPhase::Done>(phase);
+}
+
+// A phase as the case it is and what it carries.
+QString phaseText(const ScanPhaseValue& phase)
+{
+    return std::visit(
+        [](const auto& value) -> QString {
+            using Phase = std::decay_t<decltype(value)>;
+            if constexpr (std::is_same_v<Phase, ScanPhase::Scanning>)
+                return QStringLiteral("scanning ") + value.location;
+            else if constexpr (std::is_same_v<Phase, ScanPhase::Done>)
+                return QStringLiteral("done %1 %2").arg(value.itemsMoved).arg(value.bytesFreed);
+            else if constexpr (std::is_same_v<Phase, ScanPhase::Results>)
+                return QStringLiteral("results");
+            else if constexpr (std::is_same_v<Phase, ScanPhase::Cleaning>)
+                return QStringLiteral("cleaning");
+            else
+                return QStringLiteral("idle");
+        },
+        phase);
 }
 
 } // namespace
@@ -138,4 +144,25 @@ TEST(SmartScanSession, CancelEndsInResultsAndCleanWithNothingTickedDoesNothing)
     session.clean();
     EXPECT_TRUE(isResults(session.phase()));
     EXPECT_TRUE(fixture.audit.entries().isEmpty());
+}
+
+TEST(SmartScanSession, PhasesFollowTheSessionAndDoneCarriesWhatMovedAndWhatItFreed)
+{
+    SessionFixture fixture;
+    SmartScanSession& session = fixture.session;
+    QStringList phases{phaseText(session.phase())};
+    QObject::connect(&session, &SmartScanSession::phaseChanged, [&] { phases << phaseText(session.phase()); });
+
+    session.clean(); // nothing to clean before a scan
+    session.scan();
+    session.scan(); // pressing Scan again while scanning changes nothing
+    ASSERT_TRUE(fixture.waitFor(isResults));
+    session.clean();
+    session.scan(); // nor does Scan while the ticked items move
+    ASSERT_TRUE(fixture.waitFor(isDone));
+    session.scan();
+    ASSERT_TRUE(fixture.waitFor(isResults));
+
+    // The ticked finds: vlc's cache (3000 bytes), the thumbnails (1000) and the crash report (500).
+    EXPECT_EQ(phases, (QStringList{"idle", "scanning ", "results", "cleaning", "done 3 4500", "scanning ", "results"}));
 }

@@ -1,14 +1,52 @@
 #include "ui/MaintenancePage.h"
 #include "app/AppState.h"
+#include "ui/MailCard.h"
 
+#include "TestSupport.h"
 #include "UiTestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <QGroupBox>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
+
+namespace {
+
+// The real helper on a socket of its own, taken as installed by every AppState made while it lives.
+class StandInHelper : public HelperOnSocket {
+public:
+    explicit StandInHelper(const QByteArray& tasks)
+        : HelperOnSocket(tasks)
+    {
+        qputenv("VELLORU_HELPER_SOCKET", socketPath().toUtf8());
+    }
+    ~StandInHelper() { qunsetenv("VELLORU_HELPER_SOCKET"); }
+};
+
+// Presses a task's button and waits until the task has answered; false when it never did.
+bool runTask(MaintenancePage& page, const QString& task)
+{
+    QTest::mouseClick(page.buttonFor(task), Qt::LeftButton);
+    return QTest::qWaitFor([&] { return page.buttonFor(task)->isEnabled(); }, 30'000);
+}
+
+// Clicks OK on the next message box and hands back what it said.
+void readNextMessageBox(QString& text)
+{
+    QTimer::singleShot(0, [&text] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box)
+            return readNextMessageBox(text);
+        text = box->text();
+        box->accept();
+    });
+}
+
+} // namespace
 
 TEST(MaintenancePage, WithoutTheHelperEveryTaskOffersSetUpAndThunderbirdStillRuns)
 {
@@ -26,7 +64,9 @@ TEST(MaintenancePage, WithoutTheHelperEveryTaskOffersSetUpAndThunderbirdStillRun
     const qsizetype entriesBefore = state.audit().entries().size();
     auto* mail = page.findChild<QGroupBox*>(QStringLiteral("task-mail"));
     ASSERT_TRUE(mail);
-    QTest::mouseClick(mail->findChild<QPushButton*>(), Qt::LeftButton);
+    // Outside a sandbox nothing hides Thunderbird's folder, so the card asks for no access.
+    EXPECT_FALSE(mail->findChild<QWidget*>(QStringLiteral("mailFullDiskAccess"))->isVisible());
+    QTest::mouseClick(mail->findChild<QPushButton*>(QStringLiteral("mailOptimize")), Qt::LeftButton);
     for (int i = 0; i < 300 && state.audit().entries().size() == entriesBefore; ++i)
         QTest::qWait(20);
     ASSERT_EQ(state.audit().entries().size(), entriesBefore + 1);
@@ -78,4 +118,98 @@ TEST(MaintenancePage, AfterBackgroundServicesStopATaskSaysTheHelperIsUnavailable
         page.resultFor(QStringLiteral("flushDNS"))->text(), QStringLiteral("⚠ The maintenance helper is unavailable."));
     state.startBackgroundServices();
     EXPECT_FALSE(state.helper().backgroundStopped());
+}
+
+TEST(MaintenancePage, ExplainsPurgeableSpaceAndTheApprovalStepInTheSystemsOwnWords)
+{
+    AppState state;
+    MaintenancePage page(state);
+    page.resize(800, 1200);
+    page.show();
+
+    auto* reclaim = page.findChild<QGroupBox*>(QStringLiteral("task-thinSnapshots"));
+    ASSERT_TRUE(reclaim);
+    auto* explanation = reclaim->findChild<QLabel*>(QStringLiteral("purgeableExplanation"));
+    ASSERT_TRUE(explanation);
+    EXPECT_TRUE(explanation->isVisible());
+    EXPECT_EQ(explanation->text(),
+        QStringLiteral("Purgeable is what the system estimates it could free under pressure — often filesystem "
+                       "accounting rather than deletable files. Reclaiming it may return nothing, and the result will "
+                       "say so."));
+    // Only the words naming another system's parts are reworded; the rest stands as written.
+    EXPECT_TRUE(reclaim->toolTip().endsWith(QStringLiteral(
+        "Reports the space actually measured, which is often zero — purgeable is mostly an estimate, not deletable "
+        "files.")))
+        << reclaim->toolTip().toStdString();
+
+    state.helper().setState(HelperManager::State::needsApproval);
+    EXPECT_EQ(page.helperPrompt()->title(), QStringLiteral("One more step — approve the helper"));
+    EXPECT_TRUE(page.helperPrompt()->findChild<QLabel*>()->text().endsWith(
+        QStringLiteral("The drive-mounting item is listed separately — that one being on doesn’t cover this. No "
+                       "more prompts after that.")));
+    EXPECT_EQ(page.buttonFor(QStringLiteral("thinSnapshots"))->text(), QStringLiteral("Approve"));
+    saveScreenshot(page, QStringLiteral("maintenance-approve"));
+}
+
+TEST(MaintenancePage, AFailedRunStillShowsTheMeasuredChangeButLogsOnlyTheReason)
+{
+    StandInHelper helper(R"({"thinSnapshots": [["false"]], "flushDNS": [["false"]]})");
+    ASSERT_TRUE(helper.isListening()) << helper.output().toStdString();
+    AppState state;
+    MaintenancePage page(state);
+    page.show();
+    ASSERT_EQ(state.helper().state(), HelperManager::State::ready);
+
+    ASSERT_TRUE(runTask(page, QStringLiteral("thinSnapshots")));
+    const QString measured = page.resultFor(QStringLiteral("thinSnapshots"))->text();
+    EXPECT_TRUE(
+        QRegularExpression(QStringLiteral("^⚠ false failed \\(exit status 1\\)\\. [0-9.]+ (bytes|kB|MB|GB|TB) back$"))
+            .match(measured)
+            .hasMatch())
+        << measured.toStdString();
+    ASSERT_FALSE(state.audit().entries().isEmpty());
+    EXPECT_EQ(state.audit().entries().last().path, QStringLiteral("Reclaim Purgeable Space"));
+    EXPECT_EQ(state.audit().entries().last().outcome, QStringLiteral("Failed: false failed (exit status 1)."));
+
+    // A task that measures nothing shows the reason alone.
+    ASSERT_TRUE(runTask(page, QStringLiteral("flushDNS")));
+    EXPECT_EQ(page.resultFor(QStringLiteral("flushDNS"))->text(), QStringLiteral("⚠ false failed (exit status 1)."));
+}
+
+TEST(MailCard, InASandboxThatHidesTheHomeFolderItAsksForFullDiskAccessFirst)
+{
+    FixtureTree tree;
+    tree.makeFolder(QStringLiteral("home/.var/app/us.ambertrell.Velloru"));
+    const QString home = tree.path(QStringLiteral("home"));
+    FullDiskAccess fullDisk(home, FullDiskAccess::Confinement::flatpak);
+    AuditLog audit(tree.path(QStringLiteral("data")));
+    MailCard card(audit, fullDisk);
+    card.resize(600, 300);
+    card.show();
+
+    auto* prompt = card.findChild<QWidget*>(QStringLiteral("mailFullDiskAccess"));
+    auto* optimize = card.findChild<QPushButton*>(QStringLiteral("mailOptimize"));
+    ASSERT_TRUE(prompt && optimize);
+    EXPECT_TRUE(prompt->isVisible());
+    EXPECT_FALSE(optimize->isVisible());
+    QStringList texts;
+    for (const QLabel* label : prompt->findChildren<QLabel*>())
+        texts << label->text();
+    EXPECT_EQ(texts,
+        (QStringList{QStringLiteral("Needs Full Disk Access"),
+            QStringLiteral("Thunderbird’s search database sits in a sandbox-protected area. Grant Velloru Full Disk "
+                           "Access to compact and reindex it here, then relaunch.")}));
+    saveScreenshot(card, QStringLiteral("maintenance-mail-sandboxed"));
+
+    QString shown;
+    readNextMessageBox(shown);
+    QTest::mouseClick(prompt->findChild<QPushButton*>(QStringLiteral("openFullDiskAccess")), Qt::LeftButton);
+    EXPECT_TRUE(shown.contains(QStringLiteral("flatpak override --user --filesystem=home us.ambertrell.Velloru")))
+        << shown.toStdString();
+
+    // Once the sandbox shows the user's folders, the card offers the button.
+    tree.makeFolder(QStringLiteral("home/Documents"));
+    fullDisk.probe();
+    EXPECT_FALSE(prompt->isVisible());
+    EXPECT_TRUE(optimize->isVisible());
 }

@@ -1,5 +1,6 @@
 #include "usage/FastWalk.h"
 #include "usage/FolderListing.h"
+#include "usage/UsageItem.h"
 #include "usage/WalkRoot.h"
 
 #include "TestSupport.h"
@@ -211,6 +212,58 @@ TEST(FastWalk, UnreadableFoldersContributeNothingAndLeftOutPathsAreSkipped)
     EXPECT_FALSE(findNode(last, tree.path("open/skipped-too")));
     EXPECT_EQ(findNode(last, tree.path("open"))->directFileCount, 1);
     EXPECT_LT(last.measuredTotal, 100'000);
+    EXPECT_EQ(last.unreadableFolders,
+        std::vector<std::string>({toFileName(tree.path("lockedtop")), toFileName(tree.path("open/locked"))}));
+}
+
+TEST(FastWalk, ARootThatCannotBeListedEndsTheStreamWithoutAnAnswer)
+{
+    FixtureTree tree;
+    writeFileOfSize(tree.path("locked/secret"), 500'000);
+    ASSERT_TRUE(QFile::setPermissions(tree.path("locked"), {}));
+    std::vector<Progress> values;
+    {
+        const FileAccessChecksEnforced checks;
+        values = walkAll(tree.path("locked"));
+    }
+    QFile::setPermissions(tree.path("locked"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    EXPECT_TRUE(values.empty()) << "the folder's own blocks alone would pass for a measured folder";
+}
+
+TEST(FastWalk, NamesThatAreNotUtf8AreMeasuredShownEscapedAndNeverOfferedForRemoval)
+{
+    FixtureTree tree;
+    const QByteArray root = QFile::encodeName(tree.path());
+    ASSERT_TRUE(makeFolderNamedBytes(root + "/bad\xff"));
+    ASSERT_TRUE(makeFolderNamedBytes(root + "/bad\xff/inner"));
+    ASSERT_TRUE(writeFileNamedBytes(root + "/bad\xff/inner/data", QByteArray(300'000, 'x')));
+    // The name "bad\xff" decodes to, a different folder.
+    ASSERT_TRUE(makeFolderNamedBytes(root + "/bad\xef\xbf\xbd"));
+    ASSERT_TRUE(writeFileNamedBytes(root + "/bad\xef\xbf\xbd/data", QByteArray(1000, 'x')));
+
+    const std::vector<Progress> values = walkAll(tree.path());
+    ASSERT_FALSE(values.empty());
+    const Progress& last = values.back();
+    ASSERT_TRUE(last.finished);
+    EXPECT_EQ(last.measuredTotal + last.rootFileBytes, duBytes(tree.path())) << "sizes still count";
+
+    const QList<UsageItem> items = itemsOf(last, tree.path());
+    ASSERT_EQ(items.size(), 2);
+    const UsageItem& bad = items[0]; // the larger
+    EXPECT_EQ(bad.name, QStringLiteral("bad\\xFF"));
+    EXPECT_EQ(bad.path, tree.path() + QStringLiteral("/bad\\xFF"));
+    EXPECT_FALSE(bad.exactPath);
+    EXPECT_FALSE(bad.canMoveToTrash());
+    ASSERT_TRUE(bad.canOpen());
+    const QList<UsageItem> inside = itemsOf(*bad.node);
+    ASSERT_EQ(inside.size(), 1);
+    EXPECT_EQ(inside[0].path, tree.path() + QStringLiteral("/bad\\xFF/inner"));
+    EXPECT_FALSE(inside[0].canMoveToTrash()) << "a folder below a bad name has no exact path either";
+
+    const UsageItem& other = items[1];
+    EXPECT_EQ(other.name, QStringLiteral("bad\uFFFD"));
+    EXPECT_TRUE(other.exactPath);
+    EXPECT_TRUE(other.canMoveToTrash());
 }
 
 TEST(FastWalk, NeverEntersAnotherVolumeAndMeasuresABindMountedFolderOnce)

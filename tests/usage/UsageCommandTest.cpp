@@ -8,12 +8,29 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QStandardPaths>
 
 namespace {
 
 CommandRun usage(const QStringList& arguments)
 {
     return runVelloru(QStringList{QStringLiteral("usage")} + arguments);
+}
+
+// "velloru usage" in a process that a folder's permissions stop: as root, started through setpriv without
+// the two capabilities that let root read any folder. Nothing when that can't be done here.
+std::optional<CommandRun> usageWithAccessChecks(const QStringList& arguments)
+{
+    if (!runningAsRoot())
+        return usage(arguments);
+    const QString setpriv = QStandardPaths::findExecutable(QStringLiteral("setpriv"));
+    if (setpriv.isEmpty())
+        return std::nullopt;
+    const QString dropped = QStringLiteral("-dac_override,-dac_read_search");
+    return runProgram(setpriv,
+        QStringList{QStringLiteral("--inh-caps=") + dropped, QStringLiteral("--bounding-set=") + dropped,
+            QStringLiteral(VELLORU_BINARY), QStringLiteral("usage")}
+            + arguments);
 }
 
 } // namespace
@@ -78,4 +95,44 @@ TEST(UsageCommand, RejectsAMissingFolderAndUnknownOptions)
 
     EXPECT_EQ(usage({QStringLiteral("--fast")}).status, 2);
     EXPECT_EQ(usage({QStringLiteral("--depth"), QStringLiteral("0")}).status, 2);
+
+    const CommandRun two = usage({tree.path(), tree.path()});
+    EXPECT_EQ(two.status, 2);
+    EXPECT_EQ(two.err, QStringLiteral("velloru usage: name one folder — usage measures one folder at a time.\n"));
+}
+
+TEST(UsageCommand, SaysWhichFoldersCouldNotBeRead)
+{
+    FixtureTree tree;
+    writeFileOfSize(tree.path("open/file"), 20'000);
+    writeFileOfSize(tree.path("open/locked/secret"), 500'000);
+    writeFileOfSize(tree.path("closed/secret"), 500'000);
+    writeFileOfSize(tree.path("shut/secret"), 500'000);
+    for (const char* folder : {"open/locked", "closed", "shut"})
+        ASSERT_TRUE(QFile::setPermissions(tree.path(folder), {}));
+    const auto whole = usageWithAccessChecks({tree.path("shut")});
+    const auto partly = usageWithAccessChecks({tree.path()});
+    const auto json = usageWithAccessChecks({tree.path(), QStringLiteral("--json")});
+    for (const char* folder : {"open/locked", "closed", "shut"})
+        QFile::setPermissions(tree.path(folder), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    if (!whole)
+        GTEST_SKIP() << "running as root without setpriv, so no folder can be made unreadable to velloru";
+
+    EXPECT_EQ(whole->status, 1);
+    EXPECT_EQ(whole->err,
+        QStringLiteral("Velloru can’t examine “%1” — check that the folder exists and that you may read it.\n")
+            .arg(tree.path("shut")));
+    EXPECT_TRUE(whole->out.isEmpty());
+
+    ASSERT_EQ(partly->status, 0) << partly->err.toStdString();
+    EXPECT_TRUE(partly->out.endsWith(QStringLiteral("3 folders couldn’t be read, so their contents aren’t in the "
+                                                    "total — check the permissions of “%1” and the others.\n")
+                                         .arg(tree.path("closed"))))
+        << partly->out.toStdString();
+
+    ASSERT_EQ(json->status, 0);
+    const QJsonArray unreadable
+        = QJsonDocument::fromJson(json->out.toUtf8()).object().value(QStringLiteral("unreadableFolders")).toArray();
+    EXPECT_EQ(
+        unreadable.toVariantList(), QVariantList({tree.path("closed"), tree.path("open/locked"), tree.path("shut")}));
 }

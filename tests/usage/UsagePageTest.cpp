@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QLabel>
 #include <QPushButton>
 #include <QSettings>
@@ -163,4 +164,39 @@ TEST(UsagePage, WithoutATrashMoverTheActionIsDisabledAndSaysWhy)
     page.measure(tree.path("nowhere"));
     EXPECT_EQ(page.findChild<QLabel*>(QStringLiteral("usageStatus"))->text(),
         QStringLiteral("There is no folder at “%1” — check the path and try again.").arg(tree.path("nowhere")));
+}
+
+TEST(UsagePage, AFolderWhoseNameIsNotUtf8IsShownButNeverOfferedForTheTrash)
+{
+    FixtureTree tree;
+    const QByteArray root = QFile::encodeName(tree.path());
+    ASSERT_TRUE(makeFolderNamedBytes(root + "/bad\xff"));
+    ASSERT_TRUE(writeFileNamedBytes(root + "/bad\xff/data", QByteArray(300'000, 'x')));
+    ASSERT_TRUE(makeFolderNamedBytes(root + "/bad\xef\xbf\xbd"));
+    ASSERT_TRUE(writeFileNamedBytes(root + "/bad\xef\xbf\xbd/data", QByteArray(1000, 'x')));
+    FixtureTree settingsFolder;
+    QSettings defaults(settingsFolder.path("settings.ini"), QSettings::IniFormat);
+    QStringList trashed;
+    UsagePage page(defaults, [&](const QString& path) -> std::optional<QString> {
+        trashed.append(path);
+        return std::nullopt;
+    });
+    page.resize(800, 500);
+    page.show();
+    page.measure(tree.path());
+    waitUntilMeasured(page);
+
+    UsageChart& chart = *page.currentChart();
+    QPushButton* trash = page.findChild<QPushButton*>(QStringLiteral("usageTrash"));
+    chart.setSelectedIndex(indexNamed(chart, QStringLiteral("bad\\xFF")));
+    ASSERT_GE(chart.selectedIndex(), 0);
+    EXPECT_FALSE(trash->isEnabled());
+    EXPECT_EQ(trash->toolTip(),
+        QStringLiteral("This name isn’t valid UTF-8, so Velloru can’t be sure which item it names — rename it to "
+                       "move it to the Trash."));
+
+    chart.setSelectedIndex(indexNamed(chart, QStringLiteral("bad\uFFFD")));
+    EXPECT_TRUE(trash->isEnabled()) << "the folder really named with the replacement character is exact";
+    EXPECT_TRUE(trash->toolTip().isEmpty());
+    EXPECT_TRUE(trashed.isEmpty());
 }

@@ -1,4 +1,5 @@
 #include "platform/DirectoryReader.h"
+#include "platform/FileStatus.h"
 
 #include <cerrno>
 #include <cstring>
@@ -33,9 +34,20 @@ EntryType typeFrom(unsigned char dType)
 
 } // namespace
 
-std::optional<DirectoryReader> DirectoryReader::open(int parentFd, const char* name, std::span<std::byte> buffer)
+EntryType entryTypeOf(const FileStatus& status)
 {
-    const int fd = ::openat(parentFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (status.isRegular())
+        return EntryType::regular;
+    if (status.isDirectory())
+        return EntryType::directory;
+    return status.isSymlink() ? EntryType::symlink : EntryType::other;
+}
+
+std::optional<DirectoryReader> DirectoryReader::open(
+    int parentFd, const char* name, std::span<std::byte> buffer, FinalLink finalLink)
+{
+    const int noFollow = finalLink == FinalLink::notFollowed ? O_NOFOLLOW : 0;
+    const int fd = ::openat(parentFd, name, O_RDONLY | O_DIRECTORY | noFollow | O_CLOEXEC);
     if (fd < 0)
         return std::nullopt;
     return DirectoryReader(fd, buffer);

@@ -206,6 +206,8 @@ void UsagePage::showProgress()
             QStringLiteral("Measuring%1… %2 folders, %3 so far")
                 .arg(m_model.scanning().isEmpty() ? QString() : QStringLiteral(" “%1”").arg(m_model.scanning()),
                     folders, formatBytes(counters.bytesCounted)));
+    else if (m_model.isComplete() && !m_model.unreadableNote().isEmpty())
+        m_status->setText(QStringLiteral("%1 folders measured. %2").arg(folders, m_model.unreadableNote()));
     else if (m_model.isComplete())
         m_status->setText(QStringLiteral("%1 folders measured").arg(folders));
     else if (!m_model.rootPath().isEmpty())
@@ -241,8 +243,9 @@ void UsagePage::showDetails()
     const std::optional<UsageItem> selected = selectedItem();
     m_open->setEnabled(selected && selected->canOpen());
     m_reveal->setEnabled(!m_model.rootPath().isEmpty() && m_model.failure().isEmpty());
-    m_trash->setEnabled(
-        m_moveToTrash && selected && selected->kind != UsageItem::Kind::files && !m_model.isMeasuring());
+    m_trash->setEnabled(m_moveToTrash && selected && selected->canMoveToTrash() && !m_model.isMeasuring());
+    if (m_moveToTrash)
+        m_trash->setToolTip(selected && !selected->exactPath ? UsageTexts::inexactName : QString());
 }
 
 void UsagePage::openItem(int index)
@@ -264,7 +267,7 @@ void UsagePage::revealSelected()
 void UsagePage::trashSelected()
 {
     const std::optional<UsageItem> selected = selectedItem();
-    if (!selected || !m_moveToTrash)
+    if (!selected || !selected->canMoveToTrash() || !m_moveToTrash)
         return;
     QMessageBox confirm(QMessageBox::Question, QStringLiteral("Move to Trash"),
         QStringLiteral("Move “%1” to the Trash?").arg(selected->name), QMessageBox::Cancel, this);
