@@ -25,9 +25,8 @@ QString processCount(const ProcessGroup& group)
 int runMemoryCommand(CommandContext& context)
 {
     const bool json = takeFlag(context.arguments, QStringLiteral("--json"));
-    if (!context.arguments.isEmpty()) {
-        context.err << QStringLiteral("velloru memory: unknown argument “%1” — the only option is --json.\n")
-                           .arg(context.arguments.first());
+    if (const auto problem = leftoverArgument(context.arguments, QStringLiteral("the only option is --json"))) {
+        context.err << QStringLiteral("velloru memory: %1\n").arg(*problem);
         return 2;
     }
     SystemdHelperService service;

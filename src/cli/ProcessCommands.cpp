@@ -32,19 +32,6 @@ QString priorityText(const RunningProcess& process)
     return QStringLiteral("%1 (%2)").arg(PriorityBands::title(PriorityBands::bandOf(process.nice))).arg(process.nice);
 }
 
-// The value of an option that takes one ("--sort cpu"), removed from the arguments; `fallback` when absent.
-std::optional<QString> takeOption(QStringList& arguments, const QString& option, const QString& fallback)
-{
-    const qsizetype at = arguments.indexOf(option);
-    if (at < 0)
-        return fallback;
-    if (at + 1 >= arguments.size())
-        return std::nullopt;
-    const QString value = arguments.takeAt(at + 1);
-    arguments.removeAt(at);
-    return value;
-}
-
 std::optional<int> parsePid(const QString& text)
 {
     bool ok = false;
@@ -100,9 +87,14 @@ int runProcessesCommand(CommandContext& context)
     QStringList& arguments = context.arguments;
     const bool all = takeFlag(arguments, QStringLiteral("--all"));
     const bool json = takeFlag(arguments, QStringLiteral("--json"));
-    const auto sort = takeOption(arguments, QStringLiteral("--sort"), QStringLiteral("memory"));
-    if (!sort || (*sort != QLatin1String("cpu") && *sort != QLatin1String("memory")) || !arguments.isEmpty()) {
-        context.err << QStringLiteral("velloru processes: the options are --all, --sort cpu|memory and --json.\n");
+    const QString sort = takeValue(arguments, QStringLiteral("--sort")).value_or(QStringLiteral("memory"));
+    if (sort != QLatin1String("cpu") && sort != QLatin1String("memory")) {
+        context.err << QStringLiteral("velloru processes: --sort takes cpu or memory.\n");
+        return 2;
+    }
+    if (const auto problem
+        = leftoverArgument(arguments, QStringLiteral("the options are --all, --sort cpu|memory and --json"))) {
+        context.err << QStringLiteral("velloru processes: %1\n").arg(*problem);
         return 2;
     }
     HelperClient helper;
@@ -111,7 +103,7 @@ int runProcessesCommand(CommandContext& context)
     for (const RunningProcess& process : snapshot.processes)
         if (all || !process.isSystem)
             shown.append(process);
-    const bool byCPU = *sort == QLatin1String("cpu");
+    const bool byCPU = sort == QLatin1String("cpu");
     std::stable_sort(shown.begin(), shown.end(), [byCPU](const RunningProcess& a, const RunningProcess& b) {
         return byCPU ? a.cpu > b.cpu : a.memory > b.memory;
     });
@@ -155,8 +147,9 @@ int runProcessesCommand(CommandContext& context)
 int runQuitCommand(CommandContext& context)
 {
     const bool force = takeFlag(context.arguments, QStringLiteral("--force"));
-    const auto pid = parsePid(context.arguments.value(0));
-    if (context.arguments.size() != 1 || !pid) {
+    const Operands given = operands(context.arguments);
+    const auto pid = parsePid(given.names.value(0));
+    if (given.unknownOption || given.names.size() != 1 || !pid) {
         context.err << QStringLiteral("velloru quit: name the process by its number — velloru quit PID [--force].\n");
         return 2;
     }
@@ -173,9 +166,10 @@ int runQuitCommand(CommandContext& context)
 
 int runPriorityCommand(CommandContext& context)
 {
-    const auto pid = parsePid(context.arguments.value(0));
-    const auto band = PriorityBands::parse(context.arguments.value(1));
-    if (context.arguments.size() != 2 || !pid || !band) {
+    const Operands given = operands(context.arguments);
+    const auto pid = parsePid(given.names.value(0));
+    const auto band = PriorityBands::parse(given.names.value(1));
+    if (given.unknownOption || given.names.size() != 2 || !pid || !band) {
         context.err << QStringLiteral("velloru priority: name the process and the priority — velloru priority PID "
                                       "high|normal|low.\n");
         return 2;

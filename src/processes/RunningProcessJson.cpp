@@ -6,10 +6,11 @@
 QByteArray runningProcessJson(const RunningProcess& process)
 {
     JsonObjectWriter json;
-    json.add(u"id", qint64(process.id)).add(u"name", process.name).add(u"path", process.path);
-    if (process.bundleID)
-        json.add(u"bundleID", *process.bundleID);
-    json.add(u"memory", process.memory)
+    json.add(u"id", qint64(process.id))
+        .add(u"name", process.name)
+        .add(u"path", process.path)
+        .addRaw(u"bundleID", process.bundleID ? jsonString(*process.bundleID) : QByteArray("null"))
+        .add(u"memory", process.memory)
         .add(u"cpu", process.cpu)
         .add(u"uid", qint64(process.uid))
         .add(u"nice", qint64(process.nice))
