@@ -12,9 +12,10 @@ packages=(
     sqlite3
 )
 # The tests also check what Velloru writes with tools nobody here wrote (trash-cli, gio through gvfs on a
-# private session bus) and run Velloru as another user (setpriv).
+# private session bus) and run Velloru as another user (setpriv); the window is tried under a real X server
+# (Xvfb) and photographed with imagemagick's import.
 if [[ "${VELLORU_TEST_TOOLS:-0}" == 1 ]]; then
-    packages+=(trash-cli libglib2.0-bin gvfs dbus util-linux e2fsprogs)
+    packages+=(trash-cli libglib2.0-bin gvfs dbus util-linux e2fsprogs xvfb xauth imagemagick)
 fi
 
 missing=()

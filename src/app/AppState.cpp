@@ -61,6 +61,8 @@ AppState::AppState()
     if (m_helper.state() == HelperManager::State::ready && !HelperProtocol::socketOverridden())
         QTimer::singleShot(0, &m_helperRefresh, [this] { m_helperRefresh.checkAndRefresh(); });
     m_inventory.startMonitoring();
+    // Installing the helper from any Set Up button changes the checklist too.
+    connect(&m_helper, &HelperManager::changed, &m_permissions, &PermissionCenter::update);
 }
 
 AppState::~AppState() = default;

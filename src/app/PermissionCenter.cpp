@@ -47,7 +47,11 @@ void PermissionCenter::refresh()
     for (const PermissionCheck& check : m_checks)
         if (check.refresh)
             check.refresh();
+    update();
+}
 
+void PermissionCenter::update()
+{
     const QStringList stored = m_defaults.value(m_ledgerKey).toStringList();
     QStringList ledger = stored;
     const QStringList forcedMissing = m_defaults.value(DefaultsKey::debugMissingPermissions).toStringList();

@@ -39,6 +39,9 @@ public:
     void setRemindersSuppressed(bool suppressed);
 
     void refresh() override;
+    // Reads every answer again without asking the owners to look again: for when an owner announced a change
+    // itself (the helper was installed).
+    void update();
     void decideAtStartup(std::chrono::milliseconds delay, std::function<void(bool show)> answer) override;
 
     // The text at the top of the permissions step.

@@ -43,7 +43,11 @@ void StartupFlow::finishWelcome()
 {
     m_defaults.setValue(DefaultsKey::onboardingComplete, true);
     m_defaults.sync();
-    show(m_gate ? Step::permissions : Step::none);
+    if (!m_gate)
+        return show(Step::none);
+    // Nothing has been checked yet on a first launch: without this the step would call everything granted.
+    m_gate->refresh();
+    show(Step::permissions);
 }
 
 void StartupFlow::leavePermissions()

@@ -19,9 +19,10 @@ struct Command {
 };
 
 const Command commands[] = {
-    {"scan", "scan [--clean] [--json]",
+    {"scan", "scan [--clean] [--json] | scan --exclude PATH",
         "Smart Scan: lists caches, logs, crash reports, saved app states and broken items with a grade and a "
-        "reason, the safe ones ticked; with --clean moves exactly the ticked items to the Trash.",
+        "reason, the safe ones ticked; with --clean moves exactly the ticked items to the Trash; --exclude "
+        "leaves a file or folder out of every later scan.",
         runScanCommand},
     {"apps", "apps [--json]", "Lists the installed apps with their identifier and where each comes from.",
         runAppsCommand},
@@ -31,8 +32,9 @@ const Command commands[] = {
         "Finds files with identical content (your own folders by default) and lists each set with the copy to "
         "keep.",
         runDuplicatesCommand},
-    {"usage", "usage [PATH] [--depth N] [--json]",
-        "Measures a folder (the current one by default) and lists its biggest folders with sizes and shares.",
+    {"usage", "usage [PATH] [--depth N] [--largest N] [--json]",
+        "Measures a folder (the current one by default) and lists its biggest folders with sizes and shares, or "
+        "with --largest N its N largest files.",
         runUsageCommand},
     {"trash", "trash PATH… [--json]", "Moves files and folders to the Trash, each with its put-back record.",
         runTrashCommand},

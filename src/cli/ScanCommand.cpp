@@ -16,6 +16,7 @@
 
 #include <QDir>
 #include <QEventLoop>
+#include <QFileInfo>
 #include <QTimer>
 
 namespace {
@@ -123,10 +124,21 @@ int runScanCommand(CommandContext& context)
 {
     const bool json = takeFlag(context.arguments, QStringLiteral("--json"));
     const bool clean = takeFlag(context.arguments, QStringLiteral("--clean"));
+    const std::optional<QString> exclude = takeValue(context.arguments, QStringLiteral("--exclude"));
     if (const auto problem
-        = leftoverArgument(context.arguments, QStringLiteral("the options are --clean and --json"))) {
+        = leftoverArgument(context.arguments, QStringLiteral("the options are --clean, --exclude PATH and --json"))) {
         context.err << QStringLiteral("velloru scan: %1\n").arg(*problem);
         return 2;
+    }
+    if (exclude) {
+        // Only what was asked is recorded; no scan runs.
+        const QString path = QFileInfo(*exclude).absoluteFilePath();
+        if (const std::optional<QString> problem = ScanExclusions(StoragePaths::dataFolder()).add(path)) {
+            context.err << *problem << '\n';
+            return 1;
+        }
+        context.out << QStringLiteral("Smart Scan will leave %1 out from now on.\n").arg(path);
+        return 0;
     }
     AuditLog audit(StoragePaths::dataFolder());
     AppInventory inventory;

@@ -18,6 +18,7 @@ struct UsageOptions {
     QString path = QDir::currentPath();
     int depth = 1;
     bool json = false;
+    int largest = 0; // with N: the N largest files of the tree instead of the folders
 };
 
 std::optional<UsageOptions> parseOptions(CommandContext& context)
@@ -32,9 +33,19 @@ std::optional<UsageOptions> parseOptions(CommandContext& context)
             return std::nullopt;
         }
     }
+    if (const std::optional<QString> largest = takeValue(context.arguments, QStringLiteral("--largest"))) {
+        bool ok = false;
+        options.largest = largest->toInt(&ok);
+        if (!ok || options.largest < 1 || options.largest > int(LargestFiles::defaultCapacity)) {
+            context.err << QStringLiteral("velloru usage: --largest needs a whole number from 1 to %1.\n")
+                               .arg(LargestFiles::defaultCapacity);
+            return std::nullopt;
+        }
+    }
     const Operands left = operands(context.arguments);
     if (left.unknownOption) {
-        context.err << QStringLiteral("velloru usage: unknown option “%1” — the options are --depth N and --json.\n")
+        context.err << QStringLiteral("velloru usage: unknown option “%1” — the options are --depth N, --largest N "
+                                      "and --json.\n")
                            .arg(*left.unknownOption);
         return std::nullopt;
     }
@@ -102,6 +113,18 @@ QByteArray itemsJson(const QList<UsageItem>& items, qint64 total, int depth, int
     return jsonArray(elements);
 }
 
+QByteArray largestJson(const std::vector<SizedFile>& files, int count)
+{
+    QList<QByteArray> elements;
+    for (std::size_t i = 0; i < std::min(files.size(), std::size_t(count)); ++i)
+        elements.append(JsonObjectWriter()
+                            .add(u"path", fromFileName(files[i].path))
+                            .add(u"bytes", qint64(files[i].bytes))
+                            .add(u"exactPath", isExactFileName(files[i].path))
+                            .finish());
+    return elements.isEmpty() ? QByteArray("[]") : jsonArray(elements).trimmed();
+}
+
 void showCounters(FastWalk& walk, QTextStream& err)
 {
     const WalkCounters counters = walk.counters();
@@ -149,6 +172,24 @@ int runUsageCommand(CommandContext& context)
     const qint64 total = checkedAdd(last->measuredTotal, last->rootFileBytes);
     const QList<UsageItem> items = itemsOf(*last, *root);
     const std::vector<std::string>& unreadable = last->unreadableFolders;
+    if (options->largest > 0 && options->json) {
+        context.out << QString::fromUtf8(JsonObjectWriter()
+                                             .add(u"path", *root)
+                                             .add(u"total", total)
+                                             .addRaw(u"largestFiles", largestJson(last->largestFiles, options->largest))
+                                             .finish())
+                    << '\n';
+        return 0;
+    }
+    if (options->largest > 0) {
+        TextTable table({QStringLiteral("Size"), QStringLiteral("File")}, {true, false});
+        for (std::size_t i = 0; i < std::min(last->largestFiles.size(), std::size_t(options->largest)); ++i)
+            table.addRow({formatBytes(last->largestFiles[i].bytes), fromFileName(last->largestFiles[i].path)});
+        table.print(context.out);
+        context.out
+            << QStringLiteral("\nTotal %1 in %2 · %3\n").arg(formatBytes(total), *root, UsageTexts::allocatedNote);
+        return 0;
+    }
     if (options->json) {
         QList<QByteArray> unreadableJson;
         for (const std::string& folder : unreadable)

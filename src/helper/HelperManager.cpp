@@ -1,5 +1,6 @@
 #include "helper/HelperManager.h"
 
+#include "common/BackgroundTask.h"
 #include "common/Log.h"
 #include "helper/HelperConnection.h"
 #include "helper/HelperProtocol.h"
@@ -113,6 +114,19 @@ void HelperManager::completeInstall(HelperService& service, const std::optional<
             return setFailed(error->description);
     }
     refreshState(service);
+}
+
+void HelperManager::installInBackground(HelperService& service)
+{
+    if (m_installer)
+        return;
+    m_installer = runInBackground(
+        this, [&service] { return service.registerService(); },
+        [this, &service](std::optional<HelperService::Error> error) {
+            m_installer.reset();
+            completeInstall(service, error);
+        });
+    Q_EMIT changed();
 }
 
 void HelperManager::setFailed(const QString& reason)

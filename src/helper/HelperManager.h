@@ -15,6 +15,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <thread>
 #include <variant>
 
 class HelperConnection;
@@ -81,6 +82,10 @@ public:
     // answer to `completeInstall`.
     void install(HelperService& service);
     void completeInstall(HelperService& service, const std::optional<HelperService::Error>& error);
+    // Installs on a worker thread, so the window stays responsive while the administrator decides. Every
+    // Set Up button reads isInstalling(), so a second press anywhere waits for the first.
+    void installInBackground(HelperService& service);
+    bool isInstalling() const { return m_installer != nullptr; }
     // Installing failed, for this reason.
     void setFailed(const QString& reason);
 
@@ -171,4 +176,5 @@ private:
     QPointer<HelperConnection> m_driveConnection;
     qint64 m_nextId = 1;
     QHash<qint64, PendingCall> m_pending;
+    std::unique_ptr<std::jthread> m_installer; // the installation under way, if any
 };

@@ -17,6 +17,13 @@ inline QString subtitle()
     return QStringLiteral("Live monitors and real one-click maintenance.");
 }
 
+// Under the subtitle: what the figures and the buttons of the page are.
+inline QString pageExplanation()
+{
+    return QStringLiteral("The figures on the cards are measured live. Each button runs one system task as an "
+                          "administrator, through Velloru’s helper, and says what it achieved.");
+}
+
 // While the helper is not installed.
 inline QString setUpTitle()
 {

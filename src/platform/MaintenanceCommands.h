@@ -10,6 +10,9 @@
 // A command whose program is not installed is skipped; a task none of whose programs is installed says so.
 QHash<QString, QList<QStringList>> defaultMaintenanceCommands();
 
+// The Debian package that installs a maintenance command's program ("resolvectl" → "systemd-resolved").
+QString packageProviding(const QString& program);
+
 // Asks the kernel to drop clean cached pages (root only). False when it refused.
 bool dropCleanPageCache();
 

@@ -12,6 +12,11 @@ inline const QString movedToTrash = QStringLiteral("Moved to Trash");
 inline const QString failed = QStringLiteral("Failed");
 inline const QString recovered = QStringLiteral("Recovered");
 inline const QString restoredFromVault = QStringLiteral("Restored from vault");
+// An item that failed, or an action whose outcome reads "Failed: " and the reason.
+inline bool isFailure(const QString& outcome)
+{
+    return outcome == failed || outcome.startsWith(failed + QStringLiteral(": "));
+}
 } // namespace AuditOutcome
 
 // Whether an entry is about one file or folder, or records an operation as a whole.

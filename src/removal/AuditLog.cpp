@@ -278,9 +278,9 @@ void AuditLog::recordFailures(const QString& feature, const QList<FailedItem>& i
     Q_EMIT changed();
 }
 
-void AuditLog::recordAction(const QString& feature, const QString& subject, const QString& outcome)
+void AuditLog::recordAction(const QString& feature, const QString& subject, const QString& outcome, qint64 size)
 {
-    AuditEntry entry = makeEntry(feature, subject, 0, outcome);
+    AuditEntry entry = makeEntry(feature, subject, size, outcome);
     entry.path = subject;
     entry.subjectKind = AuditSubject::action;
     m_unsaved.append(entry);

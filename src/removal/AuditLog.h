@@ -55,7 +55,8 @@ public:
     void markRecovered(const QList<QUuid>& entryIds);
     // Records an operation as a whole (a maintenance task, say): `subject` names it, `outcome` says how it
     // went.
-    void recordAction(const QString& feature, const QString& subject, const QString& outcome);
+    // `size` is what the action concerned, when it concerned a measured amount (the Trash it emptied).
+    void recordAction(const QString& feature, const QString& subject, const QString& outcome, qint64 size = 0);
     // Empties the log. The lifetime total stays: it counts space that was cleaned, whatever the log shows.
     void clear();
     // Reads what other Velloru processes recorded since the last change.

@@ -48,8 +48,13 @@ QString Failure::sentence() const
 
 QList<AuditEntry> recoverableEntries(const AuditLog& log)
 {
+    return recoverableEntries(log.entries());
+}
+
+QList<AuditEntry> recoverableEntries(const QList<AuditEntry>& logged)
+{
     QList<AuditEntry> entries;
-    for (const AuditEntry& entry : log.entries())
+    for (const AuditEntry& entry : logged)
         if (entry.outcome == AuditOutcome::movedToTrash && entry.trashPath
             && existsWithoutFollowing(expandTilde(*entry.trashPath)))
             entries.append(entry);

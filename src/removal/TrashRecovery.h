@@ -21,6 +21,8 @@ struct Failure {
 
 // The "Moved to Trash" entries whose item is still in the Trash.
 QList<AuditEntry> recoverableEntries(const AuditLog& log);
+// The same from a copy of the entries, for a worker thread: the check looks at every item in the Trash.
+QList<AuditEntry> recoverableEntries(const QList<AuditEntry>& entries);
 
 // Puts the entry's item back where it was, recreating missing folders and never replacing anything. On
 // success the entry is marked "Recovered"; on failure the item and the entry stay as they were.

@@ -32,12 +32,17 @@ SmartScanLocations SmartScanLocations::forHome(const QString& home)
     locations.crashFolders = {QStringLiteral("/var/crash")};
     locations.crashOwner = currentUserID();
     locations.savedStateFolders = {config + QStringLiteral("/session")};
-    const QString desktop = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
     locations.linkPlaces = {{home, 1}, {home + QStringLiteral("/bin"), 1}, {home + QStringLiteral("/.local/bin"), 1},
         {data + QStringLiteral("/applications"), 2}, {config + QStringLiteral("/autostart"), 1},
         {config + QStringLiteral("/systemd/user"), 2}};
-    if (!desktop.isEmpty() && desktop != home)
-        locations.linkPlaces.append({desktop, 1});
+    // The user's own folders, where downloads and shortcuts leave links, two levels deep: enough for a link
+    // in a folder of downloads, without walking a tree of projects or photos.
+    for (const auto place :
+        {QStandardPaths::DesktopLocation, QStandardPaths::DocumentsLocation, QStandardPaths::DownloadLocation}) {
+        const QString folder = QStandardPaths::writableLocation(place);
+        if (!folder.isEmpty() && folder != home)
+            locations.linkPlaces.append({folder, 2});
+    }
     locations.startupFolders = {config + QStringLiteral("/systemd/user"), config + QStringLiteral("/autostart")};
     return locations;
 }

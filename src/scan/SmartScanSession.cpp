@@ -3,12 +3,15 @@
 #include "apps/AppInventory.h"
 #include "common/BackgroundTask.h"
 #include "common/Log.h"
+#include "common/StoragePaths.h"
 #include "removal/AuditLog.h"
 #include "removal/TrashRecorder.h"
 #include "removal/Trasher.h"
 #include "scan/RunningMonitor.h"
 #include "scan/SmartScanRules.h"
 #include "scan/SmartScanTexts.h"
+
+#include <QFileInfo>
 
 SmartScanSession::SmartScanSession(AppInventory& inventory, RunningMonitor& running, const Trasher& trasher,
     AuditLog& audit, SmartScanLocations locations, QObject* parent)
@@ -18,6 +21,7 @@ SmartScanSession::SmartScanSession(AppInventory& inventory, RunningMonitor& runn
     , m_trasher(trasher)
     , m_audit(audit)
     , m_locations(std::move(locations))
+    , m_exclusions(StoragePaths::dataFolder())
 {
 }
 
@@ -82,6 +86,7 @@ void SmartScanSession::startScanning()
         [this](QList<ScanGroup> groups) {
             m_task.reset();
             m_groups = std::move(groups);
+            m_exclusions.removeExcluded(m_groups);
             // Exactly the safe items start ticked.
             QSet<QUuid> ticked;
             for (const ScanGroup& group : std::as_const(m_groups))
@@ -149,4 +154,34 @@ void SmartScanSession::clean()
             m_groups.removeIf([](const ScanGroup& group) { return group.items.isEmpty(); });
             setPhase(ScanPhase::Done{moved, freed});
         });
+}
+
+QString SmartScanSession::itemName(const ScanItem& item) const
+{
+    const QString path = item.url.toLocalFile();
+    const QString name = QFileInfo(path).fileName();
+    const QString flatpakApps = m_locations.flatpakAppsFolder + QLatin1Char('/');
+    if (m_locations.flatpakAppsFolder.isEmpty() || !path.startsWith(flatpakApps))
+        return name;
+    const QString appID = path.mid(flatpakApps.size()).section(QLatin1Char('/'), 0, 0);
+    for (const InstalledApp& app : m_inventory.apps())
+        if (app.bundleID == appID)
+            return QStringLiteral("%1 — %2").arg(app.name, name);
+    return QStringLiteral("%1 — %2").arg(appID, name);
+}
+
+std::optional<QString> SmartScanSession::exclude(const ScanItem& item)
+{
+    const std::optional<QString> problem = m_exclusions.add(item.url.toLocalFile());
+    m_exclusions.removeExcluded(m_groups);
+    QSet<QUuid> ticked;
+    for (const ScanGroup& group : std::as_const(m_groups))
+        for (const ScanItem& kept : group.items)
+            if (m_selection.isTicked(kept.id))
+                ticked.insert(kept.id);
+    m_selection = ScanSelection(std::move(ticked));
+    logLine(QStringLiteral("smart scan exclusion added path=%1").arg(logValue(item.url.toLocalFile())));
+    Q_EMIT selectionChanged();
+    Q_EMIT phaseChanged();
+    return problem;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "removal/TrashResult.h"
+#include "scan/ScanExclusions.h"
 #include "scan/ScanPhase.h"
 #include "scan/ScanPulse.h"
 #include "scan/ScanSelection.h"
@@ -37,6 +38,9 @@ public:
     const std::optional<TrashResult>& lastRemoval() const { return m_lastRemoval; }
     // Why the last clean could not be written to the Activity log, when it could not.
     const std::optional<QString>& recordProblem() const;
+    // What a result row is called: the item's own name, or for a Flatpak app's "cache" folder the app's
+    // name, so that two such rows can be told apart at a glance.
+    QString itemName(const ScanItem& item) const;
     // The live progress of the scan under way; the screen samples it on a timer.
     ScanPulse::Snapshot pulse() const;
 
@@ -47,6 +51,10 @@ public:
     void setSelection(ScanSelection selection);
     // Moves the ticked items to the Trash and records them in the activity log.
     void clean();
+    // Leaves the item out of this result and of every later scan; nothing on success, otherwise why it
+    // could not be remembered for later scans.
+    std::optional<QString> exclude(const ScanItem& item);
+    const ScanExclusions& exclusions() const { return m_exclusions; }
 
 Q_SIGNALS:
     void phaseChanged();
@@ -61,6 +69,7 @@ private:
     const Trasher& m_trasher;
     AuditLog& m_audit;
     SmartScanLocations m_locations;
+    ScanExclusions m_exclusions;
     ScanPhaseValue m_phase = ScanPhase::Idle{};
     QList<ScanGroup> m_groups;
     ScanSelection m_selection;

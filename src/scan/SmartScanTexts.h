@@ -115,6 +115,15 @@ inline QString removalSummary(qint64 items, qint64 bytes)
         .arg(formatBytes(bytes), moved());
 }
 
+// The same once the Trash has been emptied since: the space is free now.
+inline QString removalEmptiedSummary(qint64 items, qint64 bytes)
+{
+    return QStringLiteral("%1 %2, %3, moved to the Trash, which has been emptied since — the space is free again.")
+        .arg(items)
+        .arg(items == 1 ? QStringLiteral("item") : QStringLiteral("items"))
+        .arg(formatBytes(bytes));
+}
+
 inline QString nothingSelected()
 {
     return QStringLiteral("Nothing selected");

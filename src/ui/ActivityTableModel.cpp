@@ -2,6 +2,7 @@
 
 #include "common/ByteCount.h"
 #include "removal/AuditLog.h"
+#include "ui/widgets/OutcomeLine.h"
 
 #include <QApplication>
 #include <QLocale>
@@ -33,29 +34,49 @@ const AuditEntry& ActivityTableModel::entryAt(int row) const
     return entries[entries.size() - 1 - row];
 }
 
+void ActivityTableModel::setRecoverable(QSet<QUuid> recoverable)
+{
+    m_recoverable = std::move(recoverable);
+    if (rowCount() > 0)
+        Q_EMIT dataChanged(index(0, Column::outcome), index(rowCount() - 1, Column::outcome));
+}
+
+QString ActivityTableModel::outcomeText(const AuditEntry& entry) const
+{
+    if (entry.outcome == AuditOutcome::movedToTrash && m_recoverable && !m_recoverable->contains(entry.id))
+        return entry.outcome + QStringLiteral(" — no longer in the Trash");
+    return entry.outcome;
+}
+
 QVariant ActivityTableModel::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid())
         return {};
     const AuditEntry& entry = entryAt(index.row());
+    const bool failed = AuditOutcome::isFailure(entry.outcome);
+    // An action's size is what it concerned (the Trash it emptied), shown when it was measured.
+    const bool sized = entry.subjectKind == AuditSubject::file || entry.size > 0;
     if (role == Qt::DisplayRole) {
         switch (index.column()) {
         case Column::date: return QLocale().toString(entry.date.toLocalTime(), QLocale::ShortFormat);
         case Column::feature: return entry.feature;
-        case Column::outcome: return entry.outcome;
-        case Column::size: return entry.subjectKind == AuditSubject::file ? formatBytes(entry.size) : QString();
+        case Column::outcome: return outcomeText(entry);
+        case Column::size: return sized ? formatBytes(entry.size) : QString();
         case Column::path: return entry.path;
         }
     }
     if (role == Qt::ToolTipRole && index.column() == Column::path)
         return entry.trashPath ? QStringLiteral("%1\nIn the Trash: %2").arg(entry.path, *entry.trashPath) : entry.path;
+    if (role == Qt::ToolTipRole && index.column() == Column::outcome)
+        return outcomeText(entry);
+    if (role == Qt::ForegroundRole && index.column() == Column::outcome && failed)
+        return OutcomeLine::colorFor(OutcomeLine::Kind::failure);
     if (role == Qt::DecorationRole && index.column() == Column::outcome) {
-        const QStyle* style = QApplication::style();
-        if (entry.outcome == AuditOutcome::failed)
-            return style->standardIcon(QStyle::SP_MessageBoxWarning);
+        if (failed)
+            return OutcomeLine::iconFor(OutcomeLine::Kind::failure);
         if (entry.outcome == AuditOutcome::movedToTrash)
-            return style->standardIcon(QStyle::SP_TrashIcon);
-        return style->standardIcon(QStyle::SP_DialogApplyButton);
+            return QApplication::style()->standardIcon(QStyle::SP_TrashIcon);
+        return OutcomeLine::iconFor(OutcomeLine::Kind::success);
     }
     if (role == Qt::TextAlignmentRole && index.column() == Column::size)
         return int(Qt::AlignRight | Qt::AlignVCenter);

@@ -51,6 +51,13 @@ void installAppMenu(MainWindow& window, AppState& state, SettingsRouter& router)
     stop->setObjectName(QStringLiteral("stopBackgroundServices"));
     stop->setToolTip(AppMenuTexts::stopBackgroundServicesHelp());
     stop->setStatusTip(AppMenuTexts::stopBackgroundServicesHelp());
+    // Only the command that would change something is offered.
+    const auto showRunning = [&state, start, stop] {
+        start->setEnabled(state.helper().backgroundStopped());
+        stop->setEnabled(!state.helper().backgroundStopped());
+    };
+    QObject::connect(&state.helper(), &HelperManager::changed, start, showRunning);
+    showRunning();
     menu->addSeparator();
 
     QAction* quit = menu->addAction(AppMenuTexts::quit(), qApp, &QApplication::closeAllWindows);

@@ -4,15 +4,31 @@
 #include "app/UserDefaults.h"
 #include "common/BackgroundTask.h"
 #include "common/ByteCount.h"
+#include "platform/SystemOverview.h"
 #include "ui/Headings.h"
 #include "ui/SmartScanPanel.h"
+#include "ui/widgets/HelperSetupButton.h"
+#include "ui/widgets/OutcomeLine.h"
+#include "ui/widgets/WrappedLabel.h"
 
+#include <QDir>
 #include <QGroupBox>
-#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSettings>
+#include <QTimer>
 #include <QVBoxLayout>
+
+namespace {
+
+constexpr int overviewIntervalMs = 5000;
+
+QString figure(const std::optional<qint64>& bytes)
+{
+    return bytes ? formatBytes(*bytes) : QStringLiteral("unknown");
+}
+
+} // namespace
 
 DashboardPage::DashboardPage(AppState& state, QWidget* parent)
     : QWidget(parent)
@@ -23,8 +39,9 @@ DashboardPage::DashboardPage(AppState& state, QWidget* parent)
     auto* title = makeHeading(QStringLiteral("Dashboard"), this);
     layout->addWidget(title);
 
-    m_totals = new QLabel(this);
-    m_totals->setObjectName(QStringLiteral("cleanedTotals"));
+    m_overview = new WrappedLabel(QStringLiteral("Reading free space and memory…"), QStringLiteral("overview"), this);
+    layout->addWidget(m_overview);
+    m_totals = new WrappedLabel({}, QStringLiteral("cleanedTotals"), this);
     layout->addWidget(m_totals);
 
     auto* smartScan = new QGroupBox(QStringLiteral("Smart Scan"), this);
@@ -36,26 +53,31 @@ DashboardPage::DashboardPage(AppState& state, QWidget* parent)
 
     auto* trash = new QGroupBox(QStringLiteral("Trash"), this);
     auto* trashLayout = new QVBoxLayout(trash);
-    m_trashSummary = new QLabel(QStringLiteral("Measuring the Trash…"), trash);
-    m_trashSummary->setObjectName(QStringLiteral("trashSummary"));
+    m_trashSummary = new WrappedLabel(QStringLiteral("Measuring the Trash…"), QStringLiteral("trashSummary"), trash);
     trashLayout->addWidget(m_trashSummary);
-    m_trashWarning = new QLabel(trash);
-    m_trashWarning->setObjectName(QStringLiteral("trashWarning"));
-    m_trashWarning->setWordWrap(true);
+    m_trashWarning = new WrappedLabel({}, QStringLiteral("trashWarning"), trash);
     trashLayout->addWidget(m_trashWarning);
     m_emptyTrash = new QPushButton(QStringLiteral("Empty Trash…"), trash);
     m_emptyTrash->setObjectName(QStringLiteral("emptyTrash"));
     // Emptying deletes for good, as root where root-owned items lie; that is the privileged helper's job.
     m_emptyTrash->setEnabled(false);
     trashLayout->addWidget(m_emptyTrash, 0, Qt::AlignLeft);
+    m_emptyOutcome = new OutcomeLine(QStringLiteral("emptyTrashOutcome"), trash);
+    trashLayout->addWidget(m_emptyOutcome);
+    trashLayout->addWidget(new HelperSetupButton(state.helper(), state.helperService(), trash));
     connect(m_emptyTrash, &QPushButton::clicked, this, &DashboardPage::confirmEmptyTrash);
     layout->addWidget(trash);
 
+    m_overviewTicker = new QTimer(this);
+    m_overviewTicker->setInterval(overviewIntervalMs);
+    connect(m_overviewTicker, &QTimer::timeout, this, &DashboardPage::refreshOverview);
     connect(&state.audit(), &AuditLog::changed, this, &DashboardPage::showTotals);
     connect(&state.trashWatcher(), &TrashWatcher::revisionChanged, this, &DashboardPage::refreshTrash);
     connect(&state.audit(), &AuditLog::changed, this, &DashboardPage::refreshTrash);
+    connect(&state.helper(), &HelperManager::changed, this, [this] { showTrash(m_lastSummary); });
     showTotals();
     refreshTrash();
+    refreshOverview();
 }
 
 DashboardPage::~DashboardPage() = default;
@@ -63,6 +85,7 @@ DashboardPage::~DashboardPage() = default;
 void DashboardPage::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
+    m_overviewTicker->start();
     // A developer switch: scan straight away, as if the user had pressed Scan.
     if (QSettings().value(DefaultsKey::debugAutoScan, false).toBool() && m_state.smartScan().isIdle())
         m_state.smartScan().scan();
@@ -70,9 +93,34 @@ void DashboardPage::showEvent(QShowEvent* event)
 
 void DashboardPage::showTotals()
 {
+    // Bytes moved to the Trash are not free until the Trash is emptied, so they are called what they are.
     m_totals->setText(
-        QStringLiteral("Cleaned this session: %1 · All time: %2")
+        QStringLiteral("Moved to the Trash this session: %1 · All time: %2")
             .arg(formatBytes(m_state.audit().sessionCleaned()), formatBytes(m_state.audit().lifetimeCleaned())));
+}
+
+void DashboardPage::refreshOverview()
+{
+    if (m_overviewTask)
+        return;
+    if (!isVisible())
+        m_overviewTicker->stop();
+    m_overviewTask = runInBackground(
+        this, [home = QDir::homePath()] { return readSystemOverview(home); },
+        [this](SystemOverview overview) {
+            m_overviewTask.reset();
+            showOverview(overview);
+        });
+}
+
+void DashboardPage::showOverview(const SystemOverview& overview)
+{
+    const std::optional<qint64> memoryUsed = overview.memoryTotal && overview.memoryAvailable
+        ? std::optional<qint64>(*overview.memoryTotal - *overview.memoryAvailable)
+        : std::nullopt;
+    m_overview->setText(QStringLiteral("Free space: %1 of %2 · Memory in use: %3 of %4")
+                            .arg(figure(overview.diskFree), figure(overview.diskTotal), figure(memoryUsed),
+                                figure(overview.memoryTotal)));
 }
 
 void DashboardPage::refreshTrash()
@@ -102,12 +150,16 @@ void DashboardPage::confirmEmptyTrash()
     box.exec();
     if (box.clickedButton() != empty)
         return;
+    m_emptying = true;
     m_emptyTrash->setEnabled(false);
-    m_state.helper().emptyTrash(std::chrono::minutes(5), [this](TaskResult result) {
+    m_emptyOutcome->showNote(QStringLiteral("Emptying the Trash…"));
+    const qint64 bytes = m_lastSummary.bytes;
+    m_state.helper().emptyTrash(std::chrono::minutes(5), [this, bytes](TaskResult result) {
+        m_emptying = false;
         m_state.audit().recordAction(QStringLiteral("Trash"), QStringLiteral("Empty Trash"),
-            result.success ? result.message : QStringLiteral("Failed: ") + result.message);
-        if (!result.success)
-            QMessageBox::warning(this, QStringLiteral("The Trash wasn’t emptied"), result.message);
+            result.success ? result.message : QStringLiteral("Failed: ") + result.message, bytes);
+        m_emptyOutcome->showOutcome(
+            result.success ? OutcomeLine::Kind::success : OutcomeLine::Kind::failure, result.message);
         refreshTrash();
     });
 }
@@ -116,13 +168,18 @@ void DashboardPage::showTrash(const TrashLocations::Summary& summary)
 {
     m_lastSummary = summary;
     const bool helperReady = m_state.helper().state() == HelperManager::State::ready;
-    m_emptyTrash->setEnabled(summary.items > 0 && helperReady);
-    m_emptyTrash->setToolTip(helperReady ? QString()
-                                         : QStringLiteral("Emptying the Trash needs the Maintenance Helper — set it up "
-                                                          "on the Maintenance page."));
+    m_emptyTrash->setEnabled(summary.items > 0 && helperReady && !m_emptying);
+    // Why the button is unavailable is said beside it, with Set Up below when the helper is the reason.
+    if (summary.items > 0 && !helperReady)
+        m_emptyOutcome->showNote(QStringLiteral("Emptying the Trash deletes for good as an administrator, through "
+                                                "Velloru’s helper — set it up below, once."));
+    else if (m_emptyOutcome->kind() == OutcomeLine::Kind::note && !m_emptying)
+        m_emptyOutcome->clear();
+    m_smartScan->setTrashEmpty(summary.items == 0);
     if (summary.items == 0) {
         m_trashSummary->setText(QStringLiteral("The Trash is empty."));
         m_trashWarning->clear();
+        m_trashWarning->hide();
     } else {
         m_trashSummary->setText(
             QStringLiteral("%1 %2 · %3 in %4 Trash %5")
@@ -132,6 +189,7 @@ void DashboardPage::showTrash(const TrashLocations::Summary& summary)
                 .arg(summary.locations.size())
                 .arg(summary.locations.size() == 1 ? QStringLiteral("folder") : QStringLiteral("folders")));
         m_trashWarning->setText(TrashLocations::emptyWarning(summary));
+        m_trashWarning->show();
     }
     Q_EMIT trashSummaryShown();
 }

@@ -8,9 +8,12 @@
 #include <thread>
 
 class AppState;
+class OutcomeLine;
 class QLabel;
 class QPushButton;
+class QTimer;
 class SmartScanPanel;
+struct SystemOverview;
 
 // The dashboard: Smart Scan, the space cleaned so far and what the Trash holds.
 class DashboardPage : public QWidget {
@@ -23,6 +26,9 @@ public:
     QLabel* trashSummaryLabel() const { return m_trashSummary; }
     QLabel* trashWarningLabel() const { return m_trashWarning; }
     QPushButton* emptyTrashButton() const { return m_emptyTrash; }
+    // Why Empty Trash is unavailable, or how emptying went, beside the button.
+    OutcomeLine* emptyTrashOutcome() const { return m_emptyOutcome; }
+    QLabel* overviewLabel() const { return m_overview; }
     SmartScanPanel* smartScan() const { return m_smartScan; }
 
 Q_SIGNALS:
@@ -36,6 +42,8 @@ private:
     void refreshTrash();
     void showTrash(const TrashLocations::Summary& summary);
     void confirmEmptyTrash();
+    void refreshOverview();
+    void showOverview(const SystemOverview& overview);
 
     AppState& m_state;
     SmartScanPanel* m_smartScan = nullptr;
@@ -43,6 +51,11 @@ private:
     QLabel* m_trashSummary = nullptr;
     QLabel* m_trashWarning = nullptr;
     QPushButton* m_emptyTrash = nullptr;
+    OutcomeLine* m_emptyOutcome = nullptr;
+    QLabel* m_overview = nullptr;
+    QTimer* m_overviewTicker = nullptr;
+    std::unique_ptr<std::jthread> m_overviewTask;
+    bool m_emptying = false;
     std::unique_ptr<std::jthread> m_trashTask; // the Trash summary being measured, if any
     bool m_trashChangedMeanwhile = false;
     TrashLocations::Summary m_lastSummary;

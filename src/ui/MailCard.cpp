@@ -6,24 +6,13 @@
 #include "helper/Maintenance.h"
 #include "helper/MaintenanceTexts.h"
 #include "removal/AuditLog.h"
-#include "ui/ResultLine.h"
+#include "ui/widgets/OutcomeLine.h"
+#include "ui/widgets/WrappedLabel.h"
 
 #include <QDir>
-#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
-
-namespace {
-
-QLabel* wrapped(const QString& text, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setWordWrap(true);
-    return label;
-}
-
-} // namespace
 
 MailCard::MailCard(AuditLog& audit, FullDiskAccess& fullDisk, QWidget* parent)
     : QGroupBox(MaintenanceTexts::mailTitle(), parent)
@@ -32,28 +21,27 @@ MailCard::MailCard(AuditLog& audit, FullDiskAccess& fullDisk, QWidget* parent)
 {
     setObjectName(QStringLiteral("task-mail"));
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(wrapped(MaintenanceTexts::mailCardText(), this));
+    layout->addWidget(new WrappedLabel(MaintenanceTexts::mailCardText(), this));
 
     m_accessPrompt = new QWidget(this);
     m_accessPrompt->setObjectName(QStringLiteral("mailFullDiskAccess"));
     auto* promptLayout = new QVBoxLayout(m_accessPrompt);
     promptLayout->setContentsMargins({});
-    auto* needs = new QLabel(MaintenanceTexts::needsFullDiskAccess(), m_accessPrompt);
+    auto* needs = new WrappedLabel(MaintenanceTexts::needsFullDiskAccess(), m_accessPrompt);
     needs->setStyleSheet(QStringLiteral("font-weight: bold"));
     promptLayout->addWidget(needs);
-    promptLayout->addWidget(wrapped(MaintenanceTexts::mailFullDiskAccessText(), m_accessPrompt));
+    promptLayout->addWidget(new WrappedLabel(MaintenanceTexts::mailFullDiskAccessText(), m_accessPrompt));
     auto* open = new QPushButton(MaintenanceTexts::openFullDiskAccess(), m_accessPrompt);
     open->setObjectName(QStringLiteral("openFullDiskAccess"));
     promptLayout->addWidget(open, 0, Qt::AlignLeft);
     layout->addWidget(m_accessPrompt);
 
-    m_result = wrapped({}, this);
-    m_result->setObjectName(QStringLiteral("mailResult"));
-    m_result->hide();
-    layout->addWidget(m_result);
     m_optimize = new QPushButton(MaintenanceTexts::mailButton(), this);
     m_optimize->setObjectName(QStringLiteral("mailOptimize"));
+    m_optimize->setEnabled(false); // until the databases have been found
     layout->addWidget(m_optimize, 0, Qt::AlignLeft);
+    m_result = new OutcomeLine(QStringLiteral("mailResult"), this);
+    layout->addWidget(m_result);
 
     connect(open, &QPushButton::clicked, this, [this] {
         QMessageBox::information(
@@ -65,6 +53,32 @@ MailCard::MailCard(AuditLog& audit, FullDiskAccess& fullDisk, QWidget* parent)
 }
 
 MailCard::~MailCard() = default;
+
+void MailCard::showEvent(QShowEvent* event)
+{
+    QGroupBox::showEvent(event);
+    lookForDatabases();
+}
+
+void MailCard::lookForDatabases()
+{
+    if (m_lookup || m_task || !m_fullDisk.isGranted())
+        return;
+    m_lookup = runInBackground(
+        this, [home = QDir::homePath()] { return !MailOptimizer::findDatabases(home).isEmpty(); },
+        [this](bool found) {
+            m_lookup.reset();
+            m_optimize->setEnabled(found);
+            // A task that cannot run says why instead of failing when pressed.
+            if (!found)
+                m_result->showNote(QStringLiteral("Thunderbird isn’t set up in this home folder, so there is no "
+                                                  "search database to compact. Optimize becomes available once "
+                                                  "Thunderbird has a profile."));
+            else if (m_result->kind() == OutcomeLine::Kind::note)
+                m_result->clear();
+            Q_EMIT availabilityShown();
+        });
+}
 
 void MailCard::showAccess()
 {
@@ -84,7 +98,8 @@ void MailCard::optimize()
             m_task.reset();
             m_audit.recordAction(Maintenance::feature, MaintenanceTexts::mailTitle(),
                 result.success ? result.message : QStringLiteral("Failed: ") + result.message);
-            showResultLine(m_result, result.success, result.message);
+            m_result->showOutcome(
+                result.success ? OutcomeLine::Kind::success : OutcomeLine::Kind::failure, result.message);
             m_optimize->setEnabled(true);
         });
 }

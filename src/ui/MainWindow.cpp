@@ -26,6 +26,8 @@
 namespace {
 
 constexpr int sidebarWidth = 220;
+// Where the window was and how large, as Qt saves it.
+const QString windowGeometryKey = QStringLiteral("windowGeometry");
 constexpr int tourIntervalMs = 1500;
 
 } // namespace
@@ -50,7 +52,7 @@ MainWindow::MainWindow(AppState& state, SettingsRouter& router, QSettings& defau
     auto* welcome = new WelcomeStep(m_steps);
     m_steps->addWidget(welcome);
     buildSections();
-    auto* permissions = new PermissionsStep(m_state.permissions(), m_steps);
+    auto* permissions = new PermissionsStep(m_state.permissions(), m_state.helper(), m_state.helperService(), m_steps);
     m_steps->addWidget(permissions);
     setCentralWidget(m_steps);
     installAppMenu(*this, m_state, m_router);
@@ -63,6 +65,7 @@ MainWindow::MainWindow(AppState& state, SettingsRouter& router, QSettings& defau
     connect(&m_state, &AppState::navigationTickChanged, this, &MainWindow::showSelection);
     connect(m_splitter, &QSplitter::splitterMoved, this, &MainWindow::saveSplitState);
     showSelection();
+    restoreGeometry(m_defaults.value(windowGeometryKey).toByteArray());
 }
 
 MainWindow::~MainWindow() = default;
@@ -80,6 +83,9 @@ void MainWindow::buildSections()
         QWidget* page = makePage(destination);
         m_pages.insert(destination, page);
         m_detail->addWidget(page);
+        // A section that is not built yet counts nothing the user could act on, so it shows no badge.
+        if (qobject_cast<PlaceholderPage*>(page))
+            m_sidebar->hideBadge(destination);
     }
     m_splitter->addWidget(m_sidebar);
     m_splitter->addWidget(m_detail);
@@ -117,8 +123,11 @@ QWidget* MainWindow::currentPage() const
 
 SettingsWindow* MainWindow::settingsWindow()
 {
-    if (!m_settings)
+    if (!m_settings) {
         m_settings = new SettingsWindow(m_router, m_defaults, m_state.helper(), m_state.helperService(), this);
+        if (auto* usage = qobject_cast<UsagePage*>(m_pages.value(Destination::diskUsage)))
+            connect(m_settings, &SettingsWindow::chartStyleChanged, usage, &UsagePage::applyChartStyle);
+    }
     return m_settings;
 }
 
@@ -156,6 +165,7 @@ void MainWindow::showEvent(QShowEvent* event)
 void MainWindow::closeEvent(QCloseEvent* event)
 {
     saveSplitState();
+    m_defaults.setValue(windowGeometryKey, saveGeometry());
     QMainWindow::closeEvent(event);
 }
 

@@ -1,30 +1,24 @@
 #include "ui/MaintenancePage.h"
 
 #include "app/AppState.h"
-#include "common/BackgroundTask.h"
 #include "common/ByteCount.h"
 #include "helper/HelperTexts.h"
 #include "helper/MaintenanceRunner.h"
 #include "helper/MaintenanceTexts.h"
 #include "ui/Headings.h"
 #include "ui/MailCard.h"
-#include "ui/ResultLine.h"
+#include "ui/widgets/HelperSetupButton.h"
+#include "ui/widgets/OutcomeLine.h"
+#include "ui/widgets/ProgressRow.h"
+#include "ui/widgets/WrappedLabel.h"
 
 #include <QGroupBox>
-#include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QTimer>
 #include <QVBoxLayout>
 
 namespace {
-
-QLabel* wrapped(const QString& text, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setWordWrap(true);
-    return label;
-}
 
 QString meterText(const std::optional<qint64>& value)
 {
@@ -47,18 +41,16 @@ MaintenancePage::MaintenancePage(AppState& state, QWidget* parent)
     scroll->setWidget(content);
     outer->addWidget(scroll);
 
-    auto* title = makeHeading(MaintenanceTexts::title(), content);
-    layout->addWidget(title);
-    layout->addWidget(new QLabel(MaintenanceTexts::subtitle(), content));
-    m_meter = new QLabel(content);
-    m_meter->setObjectName(QStringLiteral("liveMeter"));
-    layout->addWidget(m_meter);
+    layout->addWidget(makeHeading(MaintenanceTexts::title(), content));
+    layout->addWidget(new WrappedLabel(MaintenanceTexts::subtitle(), QStringLiteral("subtitle"), content));
+    layout->addWidget(new WrappedLabel(MaintenanceTexts::pageExplanation(), QStringLiteral("explanation"), content));
 
     m_prompt = new QGroupBox(content);
     m_prompt->setObjectName(QStringLiteral("helperPrompt"));
     auto* promptLayout = new QVBoxLayout(m_prompt);
-    m_promptText = wrapped({}, m_prompt);
+    m_promptText = new WrappedLabel({}, m_prompt);
     promptLayout->addWidget(m_promptText);
+    promptLayout->addWidget(new HelperSetupButton(m_state.helper(), m_state.helperService(), m_prompt));
     layout->addWidget(m_prompt);
 
     for (const MaintenanceTask& task : Maintenance::tasks())
@@ -82,22 +74,21 @@ QWidget* MaintenancePage::makeCard(const MaintenanceTask& task)
     card->setObjectName(QStringLiteral("task-") + task.rawValue);
     card->setToolTip(task.description);
     auto* layout = new QVBoxLayout(card);
-    layout->addWidget(wrapped(task.shortLine, card));
+    layout->addWidget(new WrappedLabel(task.shortLine, card));
     Card parts;
     if (task.measure != MaintenanceTask::Measure::none) {
-        parts.meter = new QLabel(card);
+        parts.meter = new WrappedLabel({}, QStringLiteral("meter"), card);
         layout->addWidget(parts.meter);
     }
-    if (task.measure == MaintenanceTask::Measure::freeSpace) {
-        auto* explanation = wrapped(MaintenanceTexts::purgeableExplanation(), card);
-        explanation->setObjectName(QStringLiteral("purgeableExplanation"));
-        layout->addWidget(explanation);
-    }
-    parts.result = wrapped({}, card);
-    parts.result->hide();
-    layout->addWidget(parts.result);
+    if (task.measure == MaintenanceTask::Measure::freeSpace)
+        layout->addWidget(
+            new WrappedLabel(MaintenanceTexts::purgeableExplanation(), QStringLiteral("purgeableExplanation"), card));
     parts.button = new QPushButton(card);
     layout->addWidget(parts.button, 0, Qt::AlignLeft);
+    parts.progress = new ProgressRow(ProgressRow::Cancel::notOffered, card);
+    layout->addWidget(parts.progress);
+    parts.result = new OutcomeLine(QStringLiteral("result"), card);
+    layout->addWidget(parts.result);
     connect(parts.button, &QPushButton::clicked, this, [this, task] { press(task); });
     m_cards.insert(task.rawValue, parts);
     return card;
@@ -113,20 +104,25 @@ void MaintenancePage::showEvent(QShowEvent* event)
 
 void MaintenancePage::showHelperState()
 {
-    const HelperManager::State state = m_state.helper().state();
-    const bool refreshing = m_state.helper().isRefreshing();
+    const HelperManager& helper = m_state.helper();
+    const HelperManager::State state = helper.state();
+    const bool busy = helper.isRefreshing() || helper.isInstalling();
     const QString label = state == HelperManager::State::ready ? QStringLiteral("Run")
         : state == HelperManager::State::needsApproval         ? QStringLiteral("Approve")
                                                                : QStringLiteral("Set Up");
     for (auto it = m_cards.cbegin(); it != m_cards.cend(); ++it) {
-        if (m_running.contains(it.key()))
+        if (m_running == it.key())
             continue;
         it->button->setText(label);
-        it->button->setEnabled(!refreshing);
+        // One task at a time: the helper runs them one after another anyway, and two bars would race.
+        it->button->setEnabled(!busy && !m_running);
+        it->button->setToolTip(m_running ? QStringLiteral("Another task is running — this one can start when it "
+                                                          "has finished.")
+                                         : QString());
     }
 
-    m_prompt->setVisible(state != HelperManager::State::ready || refreshing);
-    if (refreshing) {
+    m_prompt->setVisible(state != HelperManager::State::ready || helper.isRefreshing());
+    if (helper.isRefreshing()) {
         m_prompt->setTitle(HelperTexts::updatingStatus());
         m_promptText->setText(MaintenanceTexts::updatingText());
     } else if (state == HelperManager::State::needsApproval) {
@@ -134,18 +130,13 @@ void MaintenancePage::showHelperState()
         m_promptText->setText(MaintenanceTexts::approveText());
     } else {
         m_prompt->setTitle(MaintenanceTexts::setUpTitle());
-        QString text = MaintenanceTexts::setUpText();
-        if (state == HelperManager::State::failed)
-            text += QStringLiteral("\n") + m_state.helper().failureMessage();
-        m_promptText->setText(text);
+        m_promptText->setText(MaintenanceTexts::setUpText());
     }
 }
 
 void MaintenancePage::updateMeter()
 {
     const LiveReading reading = readLiveMeter();
-    m_meter->setText(QStringLiteral("Free space %1 · Cached files %2")
-                         .arg(meterText(reading.freeSpace), meterText(reading.cachedMemory)));
     for (const MaintenanceTask& task : Maintenance::tasks()) {
         QLabel* meter = m_cards.value(task.rawValue).meter;
         if (meter)
@@ -159,30 +150,29 @@ void MaintenancePage::press(const MaintenanceTask& task)
 {
     HelperManager& helper = m_state.helper();
     if (helper.state() != HelperManager::State::ready) {
-        // Installing asks for an administrator's approval, which may take the user a while.
-        if (m_background)
-            return;
-        m_background = runInBackground(
-            this, [&service = m_state.helperService()] { return service.registerService(); },
-            [this](std::optional<HelperService::Error> error) {
-                m_background.reset();
-                m_state.helper().completeInstall(m_state.helperService(), error);
-            });
+        // The card's button is a Set Up button too; what happens shows in the prompt above.
+        helper.installInBackground(m_state.helperService());
         return;
     }
+    if (m_running)
+        return;
     const Card card = m_cards.value(task.rawValue);
+    m_running = task.rawValue;
     card.button->setEnabled(false);
     card.button->setText(QStringLiteral("Running…"));
-    m_running.insert(task.rawValue);
+    card.result->clear();
+    card.progress->start(QStringLiteral("Starting…"));
+    showHelperState();
     const auto showStep = [card](TaskStep step) {
-        card.result->setText(QStringLiteral("Step %1 of %2: %3").arg(step.done + 1).arg(step.total).arg(step.step));
-        card.result->show();
+        card.progress->setText(QStringLiteral("Step %1 of %2").arg(step.done + 1).arg(step.total));
+        card.progress->setToolTip(step.step);
+        card.progress->setProgress(step.done, step.total);
     };
-    runMaintenanceTask(
-        helper, m_state.audit(), task, showStep, [this, card, raw = task.rawValue](MaintenanceOutcome outcome) {
-            m_running.remove(raw);
-            showResultLine(card.result, outcome.success, outcome.line);
-            card.button->setEnabled(true);
-            card.button->setText(QStringLiteral("Run"));
-        });
+    runMaintenanceTask(helper, m_state.audit(), task, showStep, [this, card](MaintenanceOutcome outcome) {
+        m_running.reset();
+        card.progress->finish();
+        card.result->showOutcome(
+            outcome.success ? OutcomeLine::Kind::success : OutcomeLine::Kind::failure, outcome.line);
+        showHelperState();
+    });
 }

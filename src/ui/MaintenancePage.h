@@ -3,19 +3,20 @@
 #include "helper/Maintenance.h"
 
 #include <QHash>
-#include <QSet>
 #include <QWidget>
 
-#include <memory>
-#include <thread>
+#include <optional>
 
 class AppState;
+class OutcomeLine;
+class ProgressRow;
 class QGroupBox;
 class QLabel;
 class QPushButton;
 
-// The Maintenance section: the live meter, the helper prompt while the helper is not ready, one card per
-// task with its Run button and last result, and the Thunderbird card.
+// The Maintenance section: the helper prompt while the helper is not ready, one card per task with its
+// live figure, its Run button, the progress of a run and its last result, and the Thunderbird card. One
+// task runs at a time.
 class MaintenancePage : public QWidget {
     Q_OBJECT
 
@@ -24,7 +25,8 @@ public:
     ~MaintenancePage() override;
 
     QPushButton* buttonFor(const QString& task) const { return m_cards.value(task).button; }
-    QLabel* resultFor(const QString& task) const { return m_cards.value(task).result; }
+    OutcomeLine* resultFor(const QString& task) const { return m_cards.value(task).result; }
+    ProgressRow* progressFor(const QString& task) const { return m_cards.value(task).progress; }
     QGroupBox* helperPrompt() const { return m_prompt; }
 
 protected:
@@ -33,7 +35,8 @@ protected:
 private:
     struct Card {
         QPushButton* button = nullptr;
-        QLabel* result = nullptr;
+        OutcomeLine* result = nullptr;
+        ProgressRow* progress = nullptr;
         QLabel* meter = nullptr;
     };
 
@@ -43,10 +46,8 @@ private:
     void press(const MaintenanceTask& task);
 
     AppState& m_state;
-    QLabel* m_meter = nullptr;
     QGroupBox* m_prompt = nullptr;
     QLabel* m_promptText = nullptr;
     QHash<QString, Card> m_cards;
-    QSet<QString> m_running;                    // tasks whose button stays "Running…" whatever else changes
-    std::unique_ptr<std::jthread> m_background; // installing the helper
+    std::optional<QString> m_running; // the task under way; the other Run buttons wait for it
 };

@@ -2,47 +2,58 @@
 
 #include "app/PermissionCenter.h"
 #include "ui/Headings.h"
+#include "ui/widgets/CentredColumn.h"
+#include "ui/widgets/HelperSetupButton.h"
+#include "ui/widgets/WrappedLabel.h"
 
 #include <QCheckBox>
-#include <QLabel>
 #include <QPushButton>
-#include <QStyle>
 #include <QVBoxLayout>
 
-PermissionsStep::PermissionsStep(PermissionCenter& permissions, QWidget* parent)
+namespace {
+
+constexpr int readableWidth = 600;
+
+} // namespace
+
+PermissionsStep::PermissionsStep(
+    PermissionCenter& permissions, HelperManager& helper, HelperService& helperService, QWidget* parent)
     : QWidget(parent)
     , m_permissions(permissions)
 {
     setObjectName(QStringLiteral("permissionsStep"));
-    // One centred column of a readable width; wrapped labels fill it.
     auto* outer = new QVBoxLayout(this);
-    auto* column = new QWidget(this);
-    column->setFixedWidth(560);
-    outer->addStretch();
-    outer->addWidget(column, 0, Qt::AlignHCenter);
-    outer->addStretch();
-    auto* layout = new QVBoxLayout(column);
-    auto* title = makeHeading(QStringLiteral("Permissions"), this, 1.8);
-    layout->addWidget(title, 0, Qt::AlignHCenter);
+    outer->setContentsMargins(0, 0, 0, 0);
+    auto* body = new CentredColumn(readableWidth, this);
+    outer->addWidget(body);
+    QWidget* column = body->columnWidget();
+    QVBoxLayout* layout = body->column();
 
-    m_heading = new QLabel(this);
-    m_heading->setObjectName(QStringLiteral("permissionsHeading"));
-    m_heading->setWordWrap(true);
+    auto* title = makeHeading(QStringLiteral("Permissions"), column, 1.8);
+    title->setAlignment(Qt::AlignCenter);
+    layout->addWidget(title);
+    m_heading = new WrappedLabel({}, QStringLiteral("permissionsHeading"), column);
     m_heading->setAlignment(Qt::AlignHCenter);
     layout->addWidget(m_heading);
-    m_lost = new QLabel(this);
-    m_lost->setObjectName(QStringLiteral("permissionsLost"));
-    m_lost->setWordWrap(true);
+    m_lost = new WrappedLabel({}, QStringLiteral("permissionsLost"), column);
     m_lost->setAlignment(Qt::AlignHCenter);
     layout->addWidget(m_lost);
+    layout->addSpacing(12);
 
-    m_rows = new QVBoxLayout;
-    layout->addLayout(m_rows);
+    // The checklist is fixed for the life of the step; only what each row says changes.
+    for (const Permission permission : m_permissions.checklist()) {
+        auto* row = new WrappedLabel({}, QStringLiteral("permission-") + Permissions::rawValue(permission), column);
+        m_rows.insert(permission, row);
+        layout->addWidget(row);
+        if (permission == Permission::helper)
+            layout->addWidget(new HelperSetupButton(helper, helperService, column));
+    }
+    layout->addSpacing(12);
 
-    m_suppress = new QCheckBox(QStringLiteral("Don’t remind me about missing permissions"), this);
+    m_suppress = new QCheckBox(QStringLiteral("Don’t remind me about missing permissions"), column);
     m_suppress->setObjectName(QStringLiteral("suppressReminders"));
     layout->addWidget(m_suppress, 0, Qt::AlignHCenter);
-    auto* done = new QPushButton(QStringLiteral("Continue"), this);
+    auto* done = new QPushButton(QStringLiteral("Continue"), column);
     done->setObjectName(QStringLiteral("permissionsContinue"));
     done->setDefault(true);
     layout->addWidget(done, 0, Qt::AlignHCenter);
@@ -61,20 +72,11 @@ void PermissionsStep::showChecklist()
     m_lost->setVisible(lost.has_value());
     m_suppress->setChecked(m_permissions.remindersSuppressed());
     m_suppress->setVisible(!m_permissions.missing().isEmpty());
-
-    while (QLayoutItem* item = m_rows->takeAt(0)) {
-        delete item->widget();
-        delete item;
-    }
-    for (const Permission permission : m_permissions.checklist()) {
-        const bool granted = !m_permissions.missing().contains(permission);
-        auto* row = new QLabel(this);
-        row->setObjectName(QStringLiteral("permission-") + Permissions::rawValue(permission));
-        row->setText(QStringLiteral("<b>%1</b> — %2<br>%3")
-                         .arg(Permissions::title(permission),
-                             granted ? QStringLiteral("granted") : QStringLiteral("not granted"),
-                             Permissions::purpose(permission)));
-        row->setWordWrap(true);
-        m_rows->addWidget(row);
+    for (auto it = m_rows.cbegin(); it != m_rows.cend(); ++it) {
+        const bool granted = !m_permissions.missing().contains(it.key());
+        it.value()->setText(
+            QStringLiteral("<b>%1</b> — %2<br>%3")
+                .arg(Permissions::title(it.key()), granted ? QStringLiteral("granted") : QStringLiteral("not granted"),
+                    Permissions::purpose(it.key())));
     }
 }

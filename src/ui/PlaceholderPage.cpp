@@ -2,6 +2,7 @@
 
 #include "ui/Headings.h"
 #include "ui/Icons.h"
+#include "ui/widgets/WrappedLabel.h"
 
 #include <QLabel>
 #include <QVBoxLayout>
@@ -23,9 +24,8 @@ PlaceholderPage::PlaceholderPage(Destination destination, QWidget* parent)
     title->setAlignment(Qt::AlignCenter);
     layout->addWidget(title);
 
-    auto* note = new QLabel(QStringLiteral("This section is not part of this version of Velloru yet."), this);
+    auto* note = new WrappedLabel(QStringLiteral("This section is not part of this version of Velloru yet."), this);
     note->setAlignment(Qt::AlignCenter);
-    note->setEnabled(false);
     layout->addWidget(note);
     layout->addStretch();
 }

@@ -1,12 +1,19 @@
 #include "ui/ReviewList.h"
 
+#include "common/BackgroundTask.h"
 #include "common/ByteCount.h"
+#include "platform/FileManager.h"
 #include "scan/ScanTexts.h"
 #include "ui/Headings.h"
 #include "ui/ReviewModel.h"
+#include "ui/widgets/OutcomeLine.h"
 
+#include <QClipboard>
+#include <QFileInfo>
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QPainter>
 #include <QStackedWidget>
 #include <QStyledItemDelegate>
@@ -90,7 +97,10 @@ ReviewList::ReviewList(QWidget* parent)
     m_tree->header()->setStretchLastSection(false);
     m_tree->header()->setSectionResizeMode(ReviewModel::Column::name, QHeaderView::Stretch);
     m_tree->header()->setSectionResizeMode(ReviewModel::Column::detail, QHeaderView::Stretch);
+    m_tree->setContextMenuPolicy(Qt::CustomContextMenu);
     listLayout->addWidget(m_tree, 1);
+    m_actionOutcome = new OutcomeLine(QStringLiteral("reviewActionOutcome"), listPage);
+    listLayout->addWidget(m_actionOutcome);
     m_total = new QLabel(listPage);
     m_total->setObjectName(QStringLiteral("tickedTotal"));
     m_total->setAlignment(Qt::AlignRight);
@@ -99,6 +109,11 @@ ReviewList::ReviewList(QWidget* parent)
     m_body->addWidget(makeEmptyPage(m_body));
     layout->addWidget(m_body);
 
+    connect(m_tree, &QTreeView::customContextMenuRequested, this, &ReviewList::showItemMenu);
+    connect(m_tree, &QTreeView::doubleClicked, this, [this](const QModelIndex& index) {
+        if (const ScanItem* item = m_model->itemAt(index))
+            reveal(*item);
+    });
     connect(m_model, &ReviewModel::selectionChanged, this, [this] {
         updateTotal();
         Q_EMIT selectionChanged();
@@ -132,4 +147,34 @@ void ReviewList::updateTotal()
     const qint64 ticked = m_model->selection().tickedSize(m_model->groups());
     m_total->setText(
         QStringLiteral("Selected: %1 of %2").arg(formatBytes(ticked), formatBytes(totalSize(m_model->groups()))));
+}
+
+void ReviewList::showItemMenu(const QPoint& position)
+{
+    const ScanItem* item = m_model->itemAt(m_tree->indexAt(position));
+    if (!item)
+        return;
+    const ScanItem chosen = *item;
+    QMenu menu(this);
+    menu.addAction(QStringLiteral("Reveal in File Manager"), this, [this, chosen] { reveal(chosen); });
+    menu.addAction(QStringLiteral("Copy Path"), this,
+        [chosen] { QGuiApplication::clipboard()->setText(chosen.url.toLocalFile()); });
+    menu.addSeparator();
+    menu.addAction(
+        QStringLiteral("Exclude from Smart Scan"), this, [this, chosen] { Q_EMIT excludeRequested(chosen); });
+    menu.exec(m_tree->viewport()->mapToGlobal(position));
+}
+
+void ReviewList::reveal(const ScanItem& item)
+{
+    if (m_revealTask)
+        return;
+    m_actionOutcome->clear();
+    m_revealTask = runInBackground(
+        this, [folder = QFileInfo(item.url.toLocalFile()).absolutePath()] { return showInFileManager(folder); },
+        [this](std::optional<QString> failure) {
+            m_revealTask.reset();
+            if (failure)
+                m_actionOutcome->showFailure(*failure);
+        });
 }

@@ -86,20 +86,28 @@ QVariant ReviewModel::data(const QModelIndex& index, int role) const
             return m_selection.isTicked(item.id) ? Qt::Checked : Qt::Unchecked;
         if (role == Qt::DisplayRole) {
             switch (index.column()) {
-            case Column::name: return QFileInfo(item.url.toLocalFile()).fileName();
+            case Column::name: return m_nameOf ? m_nameOf(item) : QFileInfo(item.url.toLocalFile()).fileName();
             case Column::detail: return item.detail;
             case Column::risk: return riskBadge(item.risk);
             case Column::size: return formatBytes(item.size);
             }
         }
+        // The whole path and the whole reason, whichever column is cut short.
         if (role == Qt::ToolTipRole)
-            return item.url.toLocalFile();
+            return QStringLiteral("%1\n%2").arg(item.url.toLocalFile(), item.detail);
         if (role == riskRole)
             return static_cast<int>(item.risk);
     }
     if (role == Qt::TextAlignmentRole && index.column() == Column::size)
         return int(Qt::AlignRight | Qt::AlignVCenter);
     return {};
+}
+
+const ScanItem* ReviewModel::itemAt(const QModelIndex& index) const
+{
+    if (!index.isValid() || isGroup(index))
+        return nullptr;
+    return &groupOf(index).items[index.row()];
 }
 
 bool ReviewModel::setData(const QModelIndex& index, const QVariant& value, int role)

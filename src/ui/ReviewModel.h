@@ -4,6 +4,8 @@
 
 #include <QAbstractItemModel>
 
+#include <functional>
+
 // A scan result as a two-level tree: groups with tri-state boxes, and their items with ticks, reasons,
 // risk badges and sizes. The selection lives here while the list is shown.
 class ReviewModel : public QAbstractItemModel {
@@ -16,6 +18,10 @@ public:
     explicit ReviewModel(QObject* parent = nullptr);
 
     void setResult(QList<ScanGroup> groups, ScanSelection selection);
+    // How an item's row is named; by default the last part of its path.
+    void setNameOf(std::function<QString(const ScanItem&)> nameOf) { m_nameOf = std::move(nameOf); }
+    // The item of a row, when the row is an item rather than a group.
+    const ScanItem* itemAt(const QModelIndex& index) const;
     const QList<ScanGroup>& groups() const { return m_groups; }
     const ScanSelection& selection() const { return m_selection; }
 
@@ -39,4 +45,5 @@ private:
 
     QList<ScanGroup> m_groups;
     ScanSelection m_selection;
+    std::function<QString(const ScanItem&)> m_nameOf;
 };

@@ -7,9 +7,14 @@
 #include "helper/HelperStatus.h"
 #include "helper/HelperTexts.h"
 
-#include <QComboBox>
+#include "ui/widgets/HelperSetupButton.h"
+#include "ui/widgets/WrappedLabel.h"
+
+#include <QButtonGroup>
+#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
+#include <QRadioButton>
 #include <QSettings>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -33,6 +38,10 @@ SettingsWindow::SettingsWindow(
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_tabs);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    buttons->setObjectName(QStringLiteral("settingsButtons"));
+    layout->addWidget(buttons);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
 
     connect(&router, &SettingsRouter::selectedChanged, m_tabs,
         [this](SettingsRouter::Tab tab) { m_tabs->setCurrentIndex(static_cast<int>(tab)); });
@@ -43,16 +52,38 @@ SettingsWindow::SettingsWindow(
 QWidget* SettingsWindow::makeChartsTab(QSettings& defaults)
 {
     auto* tab = new QWidget(this);
-    auto* form = new QFormLayout(tab);
-    auto* style = new QComboBox(tab);
-    style->setObjectName(QStringLiteral("chartStyle"));
-    style->addItem(QStringLiteral("Honeycomb"), QStringLiteral("honeycomb"));
-    style->addItem(QStringLiteral("Rail"), QStringLiteral("rail"));
-    const int current = style->findData(defaults.value(DefaultsKey::chartStyle, QStringLiteral("honeycomb")));
-    style->setCurrentIndex(std::max(current, 0));
-    form->addRow(QStringLiteral("Disk usage chart:"), style);
-    connect(style, &QComboBox::currentIndexChanged, tab,
-        [style, &defaults] { defaults.setValue(DefaultsKey::chartStyle, style->currentData()); });
+    auto* layout = new QVBoxLayout(tab);
+    layout->addWidget(new WrappedLabel(
+        QStringLiteral("How Disk Usage draws the folders it measured. The chart changes as soon as you pick."), tab));
+    const QString current = defaults.value(DefaultsKey::chartStyle, QStringLiteral("honeycomb")).toString();
+    auto* group = new QButtonGroup(tab);
+    const struct {
+        QString value, title, description;
+    } styles[] = {
+        {QStringLiteral("honeycomb"), QStringLiteral("Honeycomb"),
+            QStringLiteral("One cell per folder, its area the folder’s share of the space. Best for seeing at a "
+                           "glance which few folders take the most.")},
+        {QStringLiteral("rail"), QStringLiteral("Rail"),
+            QStringLiteral("One bar per folder, largest first, with its name and size beside it. Best for reading "
+                           "exact figures and small folders.")},
+    };
+    for (const auto& style : styles) {
+        auto* choice = new QRadioButton(style.title, tab);
+        choice->setObjectName(QStringLiteral("chartStyle-") + style.value);
+        choice->setChecked(style.value == current);
+        group->addButton(choice);
+        layout->addWidget(choice);
+        auto* description = new WrappedLabel(style.description, tab);
+        description->setContentsMargins(24, 0, 0, 8);
+        layout->addWidget(description);
+        connect(choice, &QRadioButton::toggled, this, [this, &defaults, value = style.value](bool on) {
+            if (!on)
+                return;
+            defaults.setValue(DefaultsKey::chartStyle, value);
+            Q_EMIT chartStyleChanged();
+        });
+    }
+    layout->addStretch();
     return tab;
 }
 
@@ -66,18 +97,15 @@ QWidget* SettingsWindow::makeServicesTab(HelperManager& helper)
 {
     auto* tab = new QWidget(this);
     auto* form = new QFormLayout(tab);
-    auto* status = new QLabel(tab);
-    status->setObjectName(QStringLiteral("helperStatus"));
-    status->setWordWrap(true);
+    auto* status = new WrappedLabel({}, QStringLiteral("helperStatus"), tab);
     status->setText(helperStatusText(helper));
     connect(&helper, &HelperManager::changed, status, [status, &helper] { status->setText(helperStatusText(helper)); });
     form->addRow(HelperTexts::heading() + QLatin1Char(':'), status);
-    auto* explanation = new QLabel(HelperTexts::explanation(), tab);
-    explanation->setWordWrap(true);
-    form->addRow(QString(), explanation);
+    form->addRow(QString(), new WrappedLabel(HelperTexts::explanation(), tab));
+    form->addRow(QString(), new HelperSetupButton(helper, m_helperService, tab));
     // The mount agent reports its state here once it is part of Velloru.
-    form->addRow(
-        QStringLiteral("Mount Agent:"), new QLabel(QStringLiteral("Not part of this version of Velloru yet."), tab));
+    form->addRow(QStringLiteral("Mount Agent:"),
+        new WrappedLabel(QStringLiteral("Not part of this version of Velloru yet."), tab));
     return tab;
 }
 
@@ -87,12 +115,10 @@ QWidget* SettingsWindow::makeAboutTab()
     auto* layout = new QVBoxLayout(tab);
     auto* name = new QLabel(QStringLiteral("<b>Velloru</b> %1").arg(QStringLiteral(VELLORU_VERSION)), tab);
     layout->addWidget(name);
-    auto* text = new QLabel(QStringLiteral("A desktop maintenance suite. Everything it removes goes to the "
-                                           "Trash, and everything it does is written to the Activity log."),
-        tab);
-    text->setWordWrap(true);
-    layout->addWidget(text);
-    auto* folder = new QLabel(QStringLiteral("Data folder: %1").arg(StoragePaths::dataFolder()), tab);
+    layout->addWidget(new WrappedLabel(QStringLiteral("A desktop maintenance suite. Everything it removes goes to the "
+                                                      "Trash, and everything it does is written to the Activity log."),
+        tab));
+    auto* folder = new WrappedLabel(QStringLiteral("Data folder: %1").arg(StoragePaths::dataFolder()), tab);
     folder->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(folder);
     layout->addStretch();

@@ -18,6 +18,10 @@ public:
 
     QTabWidget* tabs() const { return m_tabs; }
 
+Q_SIGNALS:
+    // The disk-usage chart style was changed: the charts follow at once.
+    void chartStyleChanged();
+
 protected:
     // The helper's registration is read again each time the window opens.
     void showEvent(QShowEvent* event) override;

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr int destinationRole = Qt::UserRole + 1;
+constexpr int badgeHiddenRole = Qt::UserRole + 2;
 
 // Draws the row as usual, then the section's count in a rounded badge at the right edge.
 class BadgeDelegate : public QStyledItemDelegate {
@@ -22,6 +23,8 @@ public:
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
         QStyledItemDelegate::paint(painter, option, index);
+        if (index.data(badgeHiddenRole).toBool())
+            return;
         const auto count = m_counts.count(static_cast<Destination>(index.data(destinationRole).toInt()));
         if (!count)
             return;
@@ -54,6 +57,15 @@ SidebarView::SidebarView(const SidebarCounts& counts, QWidget* parent)
     setIconSize(QSize(20, 20));
     setUniformItemSizes(true);
     setSelectionMode(QAbstractItemView::SingleSelection);
+    // The section icons are dark drawings: on the usual saturated highlight they all but vanish, so the
+    // selected row gets a light tint of it with ordinary text.
+    QPalette tinted = palette();
+    for (const auto group : {QPalette::Active, QPalette::Inactive}) {
+        tinted.setColor(
+            group, QPalette::Highlight, palette().color(QPalette::Active, QPalette::Highlight).lighter(185));
+        tinted.setColor(group, QPalette::HighlightedText, palette().color(QPalette::Active, QPalette::Text));
+    }
+    setPalette(tinted);
     for (const Destination destination : Destinations::all()) {
         auto* item = new QListWidgetItem(sectionIcon(destination), Destinations::title(destination), this);
         item->setData(destinationRole, static_cast<int>(destination));
@@ -69,6 +81,11 @@ SidebarView::SidebarView(const SidebarCounts& counts, QWidget* parent)
 QListWidgetItem* SidebarView::itemFor(Destination destination) const
 {
     return item(static_cast<int>(destination));
+}
+
+void SidebarView::hideBadge(Destination destination)
+{
+    itemFor(destination)->setData(badgeHiddenRole, true);
 }
 
 void SidebarView::setCurrentDestination(Destination destination)

@@ -15,6 +15,8 @@ public:
 
     void setCurrentDestination(Destination destination);
     QListWidgetItem* itemFor(Destination destination) const;
+    // Never draws a badge for this section, whatever it counts.
+    void hideBadge(Destination destination);
 
 Q_SIGNALS:
     void destinationActivated(Destination destination);

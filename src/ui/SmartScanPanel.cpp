@@ -5,6 +5,8 @@
 #include "scan/SmartScanSession.h"
 #include "scan/SmartScanTexts.h"
 #include "ui/ReviewList.h"
+#include "ui/ReviewModel.h"
+#include "ui/widgets/OutcomeLine.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -74,6 +76,7 @@ SmartScanPanel::SmartScanPanel(SmartScanSession& session, QWidget* parent)
     auto* reviewPage = new QWidget(m_pages);
     auto* reviewLayout = new QVBoxLayout(reviewPage);
     m_review = new ReviewList(reviewPage);
+    m_review->model()->setNameOf([this](const ScanItem& item) { return m_session.itemName(item); });
     reviewLayout->addWidget(m_review, 1);
     auto* actions = new QHBoxLayout;
     m_summary = wrappedLabel({}, "smartScanSummary", reviewPage);
@@ -118,6 +121,13 @@ SmartScanPanel::SmartScanPanel(SmartScanSession& session, QWidget* parent)
     connect(m_clean, &QPushButton::clicked, &m_session, &SmartScanSession::clean);
     connect(m_showActivity, &QPushButton::clicked, this, &SmartScanPanel::activityRequested);
     connect(m_review, &ReviewList::selectionChanged, this, [this] { m_session.setSelection(m_review->selection()); });
+    connect(m_review, &ReviewList::excludeRequested, this, [this](const ScanItem& item) {
+        if (const std::optional<QString> problem = m_session.exclude(item))
+            m_review->actionOutcome()->showFailure(*problem);
+        else
+            m_review->actionOutcome()->showNote(
+                QStringLiteral("%1 is left out of Smart Scan from now on.").arg(item.url.toLocalFile()));
+    });
     connect(&m_session, &SmartScanSession::phaseChanged, this, &SmartScanPanel::showPhase);
     connect(&m_session, &SmartScanSession::selectionChanged, this, &SmartScanPanel::showSelection);
     showPhase();
@@ -138,7 +148,9 @@ void SmartScanPanel::showPhase()
         showSelection();
     }
     if (const auto* finished = std::get_if<ScanPhase::Done>(&phase)) {
-        m_done->setText(SmartScanTexts::removalSummary(finished->itemsMoved, finished->bytesFreed));
+        m_done->setText(m_trashEmpty && finished->itemsMoved > 0
+                ? SmartScanTexts::removalEmptiedSummary(finished->itemsMoved, finished->bytesFreed)
+                : SmartScanTexts::removalSummary(finished->itemsMoved, finished->bytesFreed));
         QStringList failures;
         if (const auto& problem = m_session.recordProblem())
             failures << TrashTexts::notRecorded(finished->itemsMoved, *problem);
@@ -179,4 +191,13 @@ void SmartScanPanel::showSelection()
     m_summary->setText(QStringLiteral("%1, %2, %3")
                            .arg(itemCount(ticked.size()), formatBytes(m_session.selection().tickedSize(groups)),
                                SmartScanTexts::willMove()));
+}
+
+void SmartScanPanel::setTrashEmpty(bool empty)
+{
+    if (empty == m_trashEmpty)
+        return;
+    m_trashEmpty = empty;
+    if (std::holds_alternative<ScanPhase::Done>(m_session.phase()))
+        showPhase();
 }

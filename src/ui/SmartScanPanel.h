@@ -27,6 +27,8 @@ public:
     QLabel* summaryLabel() const { return m_summary; }
     QLabel* doneLabel() const { return m_done; }
     ReviewList* review() const { return m_review; }
+    // After a clean the summary tells the user to empty the Trash; once it is empty that would be wrong.
+    void setTrashEmpty(bool empty);
 
 Q_SIGNALS:
     // The user asked to see the removals in the Activity section.
@@ -48,4 +50,5 @@ private:
     QLabel* m_done = nullptr;
     QLabel* m_failures = nullptr;
     QPushButton* m_showActivity = nullptr;
+    bool m_trashEmpty = false;
 };

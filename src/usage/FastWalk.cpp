@@ -152,6 +152,8 @@ bool FastWalk::start(std::vector<std::shared_ptr<DirNode>>& branches, Progress& 
             ++count;
             if (entry.linkCount <= 1 || m_state.seenFiles.insert({entry.device, entry.fileID}).second)
                 bytes = checkedAdd(bytes, entry.allocatedSize);
+            if (m_state.largestFiles.wouldKeep(entry.allocatedSize))
+                m_state.largestFiles.offer(childPath(m_root, entry.name), entry.allocatedSize);
         });
         if (listing->failed())
             m_state.unreadableFolders.push_back(m_root);
@@ -200,13 +202,14 @@ void FastWalk::drive()
         }
         if (reported < branches.size())
             publish(Progress{std::move(scanning), progress.measured, progress.measuredTotal, false,
-                progress.rootFileBytes, progress.rootFileCount, {}});
+                progress.rootFileBytes, progress.rootFileCount, {}, {}});
     }
     m_workers.clear(); // joins every worker
     if (cancelled)
         return;
     progress.unreadableFolders = std::move(m_state.unreadableFolders);
     std::ranges::sort(progress.unreadableFolders);
+    progress.largestFiles = m_state.largestFiles.sorted();
     progress.finished = true;
     publish(std::move(progress));
     endStream();
@@ -217,12 +220,16 @@ void FastWalk::work()
     const auto buffer = std::make_unique<std::byte[]>(directoryBufferSize);
     std::vector<std::shared_ptr<DirNode>> children;
     std::vector<std::pair<FileIdentity, std::int64_t>> linkedFiles;
+    LargestFiles largest; // this worker's, merged into the walk's when it returns
     std::optional<Job> job;
     for (;;) {
         if (!job) {
             job = waitForJob();
-            if (!job)
+            if (!job) {
+                std::lock_guard guard(m_state.lock);
+                m_state.largestFiles.merge(largest);
                 return;
+            }
         }
 
         DirNode& node = *job->node;
@@ -248,6 +255,8 @@ void FastWalk::work()
                 }
                 // Symbolic links are not followed; like any other item, their own blocks count.
                 ++count;
+                if (largest.wouldKeep(entry.allocatedSize))
+                    largest.offer(childPath(node.path, entry.name), entry.allocatedSize);
                 if (entry.linkCount > 1)
                     linkedFiles.push_back({{entry.device, entry.fileID}, entry.allocatedSize});
                 else

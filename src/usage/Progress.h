@@ -1,6 +1,7 @@
 #pragma once
 
 #include "usage/DirNode.h"
+#include "usage/LargestFiles.h"
 
 #include <cstdint>
 #include <memory>
@@ -21,6 +22,9 @@ struct Progress {
     // Folders that could not be listed (or not to the end), sorted; what they hold is missing from the totals.
     // Set in the finished value only.
     std::vector<std::string> unreadableFolders;
+    // The largest files of the whole tree, largest first (a file with several names may appear under each).
+    // Set in the finished value only.
+    std::vector<SizedFile> largestFiles;
 };
 
 // Live counters for a progress display, sampled while the walk runs.

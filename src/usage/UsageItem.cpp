@@ -55,3 +55,24 @@ double shareOf(qint64 bytes, qint64 total)
 {
     return total > 0 ? double(bytes) / double(total) : 0.0;
 }
+
+UsageItem fileItem(const SizedFile& file)
+{
+    const std::string name = file.path.substr(file.path.rfind('/') + 1);
+    return UsageItem{UsageItem::Kind::file, fromFileName(name), fromFileName(file.path), file.bytes, 1, nullptr,
+        isExactFileName(file.path)};
+}
+
+std::optional<QString> whyNotToTrash(const UsageItem& item, const QString& home)
+{
+    if (item.kind == UsageItem::Kind::files)
+        return QStringLiteral("These are the files lying directly in the folder — open it to pick among them.");
+    if (!item.exactPath)
+        return UsageTexts::inexactName;
+    const QString inside = home.endsWith(QLatin1Char('/')) ? home : home + QLatin1Char('/');
+    if (!item.path.startsWith(inside))
+        return QStringLiteral("%1 lies outside your home folder — it belongs to the system or to another user, and "
+                              "moving it to the Trash could break programs, so Velloru doesn’t offer it.")
+            .arg(item.path);
+    return std::nullopt;
+}

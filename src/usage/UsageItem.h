@@ -1,17 +1,19 @@
 #pragma once
 
 #include "usage/DirNode.h"
+#include "usage/LargestFiles.h"
 #include "usage/Progress.h"
 
 #include <QList>
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 // One piece of a folder as the charts and the command line show it: a subfolder, a package shown whole,
-// or the files lying directly in the folder, which belong to no subfolder.
+// or the files lying directly in the folder, which belong to no subfolder; or one file of a file list.
 struct UsageItem {
-    enum class Kind { folder, package, files };
+    enum class Kind { folder, package, files, file };
 
     Kind kind = Kind::folder;
     QString name;
@@ -29,6 +31,14 @@ struct UsageItem {
     // another item.
     bool canMoveToTrash() const { return kind != Kind::files && exactPath; }
 };
+
+// A file of a list (the largest files of a walk, or the files of one folder) as an item.
+UsageItem fileItem(const SizedFile& file);
+
+// Why an item is not offered for the Trash, as a sentence; nothing when it may go. Only what lies inside
+// the user's home folder is offered: anything else belongs to the system or to another user, and the user
+// could not put it back from the Trash, or programs would break meanwhile.
+std::optional<QString> whyNotToTrash(const UsageItem& item, const QString& home);
 
 // The subfolders of `folder` and its own files as one more item, largest first.
 QList<UsageItem> itemsOf(const DirNode& folder);

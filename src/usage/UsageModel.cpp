@@ -5,6 +5,8 @@
 #include "usage/UsageTexts.h"
 #include "usage/WalkRoot.h"
 
+#include <QStorageInfo>
+
 UsageModel::UsageModel(QObject* parent)
     : QObject(parent)
 {
@@ -24,6 +26,7 @@ bool UsageModel::measure(const QString& path)
     m_progress = {};
     m_scanning.clear();
     m_counters = {};
+    m_expectedBytes.reset();
     const ResolvedRoot resolved = resolveWalkRoot(path);
     const std::optional<QString>& root = resolved.path;
     m_rootPath = root.value_or(path);
@@ -32,6 +35,14 @@ bool UsageModel::measure(const QString& path)
         Q_EMIT itemsChanged();
         return false;
     }
+
+    const QStorageInfo volume(*root);
+    if (m_finishedTotals.contains(*root))
+        m_expectedBytes = m_finishedTotals.value(*root);
+    else if (volume.isValid() && volume.rootPath() == *root)
+        m_expectedBytes = volume.bytesTotal() - volume.bytesFree();
+    else
+        m_expectedBytes.reset();
 
     logLine(QStringLiteral("usage walk started root=%1").arg(logValue(*root)));
     const quint64 generation = ++m_generation;
@@ -86,6 +97,8 @@ void UsageModel::streamEnded(quint64 generation)
         return;
     if (!m_progress.finished)
         m_failure = UsageTexts::cannotExamine(m_rootPath);
+    else
+        m_finishedTotals.insert(m_rootPath, m_progress.measuredTotal + m_progress.rootFileBytes);
     sampleCounters();
     stopWalk();
     logLine(QStringLiteral("usage walk finished root=%1 bytes=%2 folders=%3")

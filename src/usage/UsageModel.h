@@ -3,6 +3,7 @@
 #include "usage/FastWalk.h"
 #include "usage/UsageItem.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -47,6 +48,11 @@ public:
     // The top-level folder being measured now, and the counters of the walk so far.
     QString scanning() const { return m_scanning; }
     WalkCounters counters() const { return m_counters; }
+    // About how many bytes the walk will count in all, when that can be known before it ends: the used
+    // space of a volume measured from its top, or the total of an earlier walk of the same folder.
+    std::optional<qint64> expectedBytes() const { return m_expectedBytes; }
+    // The largest files of the finished walk, largest first; empty until it has finished.
+    const std::vector<SizedFile>& largestFiles() const { return m_progress.largestFiles; }
 
 Q_SIGNALS:
     void itemsChanged();
@@ -62,6 +68,8 @@ private:
     QString m_rootPath;
     QString m_failure;
     QString m_scanning;
+    std::optional<qint64> m_expectedBytes;
+    QHash<QString, qint64> m_finishedTotals; // what earlier walks of this run found, by root
     WalkCounters m_counters;
     Progress m_progress;
     std::vector<std::shared_ptr<const DirNode>> m_opened; // the folders opened below the root, in order

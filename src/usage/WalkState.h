@@ -1,6 +1,7 @@
 #pragma once
 
 #include "usage/DirNode.h"
+#include "usage/LargestFiles.h"
 #include "usage/Progress.h"
 
 #include <condition_variable>
@@ -53,4 +54,5 @@ struct WalkState {
     std::unordered_set<FileIdentity, FileIdentityHash> seenFiles;
     WalkCounters counters;
     std::vector<std::string> unreadableFolders; // in the order they were found
+    LargestFiles largestFiles;                  // each worker's merged in as it returns
 };

@@ -1,5 +1,6 @@
 #include "SessionManagers.h"
 
+#include "common/StoragePaths.h"
 #include "removal/TrashRecovery.h"
 #include "removal/TrashTexts.h"
 #include "scan/SmartScanSession.h"
@@ -165,4 +166,40 @@ TEST(SmartScanSession, PhasesFollowTheSessionAndDoneCarriesWhatMovedAndWhatItFre
 
     // The ticked finds: vlc's cache (3000 bytes), the thumbnails (1000) and the crash report (500).
     EXPECT_EQ(phases, (QStringList{"idle", "scanning ", "results", "cleaning", "done 3 4500", "scanning ", "results"}));
+}
+
+TEST(SmartScanSession, AnExcludedItemLeavesThisResultAndEveryLaterScan)
+{
+    QStringList found;
+    {
+        SessionFixture fixture;
+        fixture.session.scan();
+        ASSERT_TRUE(fixture.waitFor(isResults));
+        const ScanItem* fontconfig = nullptr;
+        for (const ScanGroup& group : fixture.session.groups())
+            for (const ScanItem& item : group.items)
+                if (item.url.toLocalFile() == fixture.path("cache/fontconfig"))
+                    fontconfig = &item;
+        ASSERT_TRUE(fontconfig);
+        const ScanItem excluded = *fontconfig;
+        EXPECT_FALSE(fixture.session.exclude(excluded).has_value());
+        for (const ScanGroup& group : fixture.session.groups())
+            for (const ScanItem& item : group.items)
+                EXPECT_NE(item.id, excluded.id);
+        EXPECT_FALSE(fixture.session.selection().isTicked(excluded.id));
+
+        // A session made afterwards (the next launch) reads the exclusion back and never lists the folder.
+        SmartScanSession next{fixture.inventory, fixture.running, fixture.trasher, fixture.audit, fixture.locations()};
+        next.scan();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return isResults(next.phase()); }, 20'000));
+        for (const ScanGroup& group : next.groups())
+            for (const ScanItem& item : group.items)
+                found << item.url.toLocalFile();
+        EXPECT_FALSE(found.contains(fixture.path("cache/fontconfig"))) << found.join(u' ').toStdString();
+        EXPECT_TRUE(found.contains(fixture.path("cache/vlc")));
+        EXPECT_TRUE(next.exclusions().excludes(fixture.path("cache/fontconfig/f")));
+        EXPECT_FALSE(next.exclusions().excludes(fixture.path("cache/fontconfig2")));
+    }
+    // The exclusions live in the data folder this test binary shares among its cases.
+    QFile::remove(StoragePaths::dataFolder() + QStringLiteral("/scan-exclusions.json"));
 }

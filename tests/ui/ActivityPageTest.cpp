@@ -5,13 +5,17 @@
 #include "removal/TrashWatcher.h"
 #include "removal/Trasher.h"
 
+#include "ui/widgets/OutcomeLine.h"
+
 #include "TestSupport.h"
 #include "UiTestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QSignalSpy>
 #include <QTableView>
 #include <QTemporaryDir>
@@ -37,7 +41,7 @@ TEST(ActivityPage, ListsNewestFirstAndClearsOnlyAfterConfirmation)
     EXPECT_EQ(model->index(1, 2).data().toString(), QStringLiteral("Moved to Trash"));
     EXPECT_EQ(model->index(1, 4).data().toString(), QStringLiteral("/home/u/.cache/old"));
     EXPECT_TRUE(page.findChild<QLabel*>(QStringLiteral("activityTotals"))->text().contains(QStringLiteral("2.0 MB")));
-    saveScreenshot(page, QStringLiteral("activity"));
+    saveScreenshots(page, QStringLiteral("activity"));
 
     // New entries show up at once.
     log.recordMoves(QStringLiteral("Smart Scan"), {{QStringLiteral("/newest"), 1, QStringLiteral("/t/n")}});
@@ -69,15 +73,19 @@ TEST(ActivityPage, PutBackFollowsTheTrash)
     watcher.start();
 
     ActivityPage page(log, watcher);
+    QSignalSpy shown(&page, &ActivityPage::recoverableShown);
     page.show();
+    ASSERT_TRUE(shown.wait(5000));
     EXPECT_FALSE(page.putBackButton()->isEnabled()); // nothing selected
 
-    // The user empties part of the Trash elsewhere: once the watcher sees it, that entry can't be put back.
-    QSignalSpy revisions(&watcher, &TrashWatcher::revisionChanged);
+    // The user empties part of the Trash elsewhere: once the watcher sees it, that entry can't be put back,
+    // and no longer reads as if it lay in the Trash.
     ASSERT_TRUE(QFile::remove(result.trashedURLs.value(emptied)));
-    ASSERT_TRUE(revisions.wait(5000));
+    ASSERT_TRUE(shown.wait(5000));
     page.table()->selectRow(0); // newest first: emptied.txt
     EXPECT_FALSE(page.putBackButton()->isEnabled());
+    EXPECT_EQ(page.table()->model()->index(0, 2).data().toString(),
+        QStringLiteral("Moved to Trash — no longer in the Trash"));
 
     page.table()->selectRow(1);
     ASSERT_TRUE(page.putBackButton()->isEnabled());
@@ -85,4 +93,52 @@ TEST(ActivityPage, PutBackFollowsTheTrash)
     EXPECT_EQ(readWholeFile(kept), "kept");
     EXPECT_EQ(log.entries()[0].outcome, AuditOutcome::recovered);
     EXPECT_FALSE(page.putBackButton()->isEnabled());
+    EXPECT_EQ(page.putBackOutcome()->kind(), OutcomeLine::Kind::success);
+}
+
+TEST(ActivityPage, FailuresLookLikeFailuresAndLongRowsStayReadableAtBothSizes)
+{
+    QTemporaryDir folder;
+    AuditLog log(folder.path());
+    TrashWatcher watcher;
+    const QString deepPath = QStringLiteral("/home/someone/.var/app/org.mozilla.firefox/cache/mozilla/firefox/"
+                                            "abcdefgh.default-release/cache2/entries/0123456789ABCDEF");
+    log.recordMoves(QStringLiteral("Smart Scan"), {{deepPath, 52'000'000, QStringLiteral("/t/entries")}});
+    log.recordAction(QStringLiteral("Maintenance"), QStringLiteral("Optimize Thunderbird"),
+        QStringLiteral("Failed: No Thunderbird database found — Thunderbird may not be set up on this computer."));
+    log.recordAction(
+        QStringLiteral("Maintenance"), QStringLiteral("Flush DNS Cache"), QStringLiteral("DNS cache flushed."));
+    log.recordAction(
+        QStringLiteral("Trash"), QStringLiteral("Empty Trash"), QStringLiteral("Emptied the Trash."), 3'000'000);
+
+    ActivityPage page(log, watcher);
+    page.show();
+    QAbstractItemModel* model = page.table()->model();
+    ASSERT_EQ(model->rowCount(), 4);
+    // Newest first: Empty Trash, Flush DNS, the failed Thunderbird run, the move.
+    EXPECT_EQ(model->index(0, 3).data().toString(), QStringLiteral("3.0 MB"));
+    const QIcon failedIcon = model->index(2, 2).data(Qt::DecorationRole).value<QIcon>();
+    const QIcon doneIcon = model->index(1, 2).data(Qt::DecorationRole).value<QIcon>();
+    EXPECT_TRUE(sameIcon(failedIcon, OutcomeLine::iconFor(OutcomeLine::Kind::failure)));
+    EXPECT_TRUE(sameIcon(doneIcon, OutcomeLine::iconFor(OutcomeLine::Kind::success)));
+    EXPECT_FALSE(sameIcon(failedIcon, doneIcon));
+    EXPECT_EQ(
+        model->index(2, 2).data(Qt::ForegroundRole).value<QColor>(), OutcomeLine::colorFor(OutcomeLine::Kind::failure));
+
+    for (const QSize size : screenshotSizes()) {
+        resizeAndLayOut(page, size);
+        const QHeaderView* columns = page.table()->horizontalHeader();
+        // Every column stays in view, and the item keeps a real share of the width.
+        EXPECT_LE(columns->length(), page.table()->viewport()->width() + 1);
+        EXPECT_GE(columns->sectionSize(4), page.table()->viewport()->width() / 5);
+        EXPECT_TRUE(elidedCells(*page.table()).isEmpty()) << elidedCells(*page.table()).join(u'\n').toStdString();
+        EXPECT_TRUE(clippedLabels(page).isEmpty()) << clippedLabels(page).join(u'\n').toStdString();
+    }
+    saveScreenshots(page, QStringLiteral("activity-outcomes"));
+
+    page.searchBox()->setText(QStringLiteral("thunderbird"));
+    ASSERT_EQ(model->rowCount(), 1);
+    EXPECT_EQ(model->index(0, 4).data().toString(), QStringLiteral("Optimize Thunderbird"));
+    page.searchBox()->clear();
+    EXPECT_EQ(model->rowCount(), 4);
 }

@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 #include "platform/TrashStore.h"
 #include "ui/DashboardPage.h"
+#include "ui/widgets/OutcomeLine.h"
 
 #include "TestSupport.h"
 #include "UiTestSupport.h"
@@ -10,18 +11,39 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 
 TEST(DashboardPage, EmptiesTheTrashThroughTheHelperAfterTheWarning)
 {
-    // Without a helper the button stays off.
+    const QString trashed = homeTrashPath() + QStringLiteral("/files/old.txt");
+    QDir().mkpath(homeTrashPath() + QStringLiteral("/info"));
+    QDir().mkpath(homeTrashPath() + QStringLiteral("/files"));
+    {
+        QFile file(trashed);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("old");
+    }
+
+    // Without a helper the button stays off, says why beside it and offers to set the helper up there.
     {
         AppState state;
         DashboardPage page(state);
         QSignalSpy shown(&page, &DashboardPage::trashSummaryShown);
+        page.show();
         ASSERT_TRUE(shown.wait(5000));
         EXPECT_FALSE(page.emptyTrashButton()->isEnabled());
+        EXPECT_TRUE(page.emptyTrashOutcome()->isVisible());
+        EXPECT_TRUE(page.emptyTrashOutcome()->text().contains(QStringLiteral("helper")));
+        auto* setUp = page.findChild<QPushButton*>(QStringLiteral("helperSetUpButton"));
+        ASSERT_TRUE(setUp);
+        EXPECT_TRUE(setUp->isVisible());
+        for (const QSize size : screenshotSizes()) {
+            resizeAndLayOut(page, size);
+            EXPECT_TRUE(clippedLabels(page).isEmpty()) << clippedLabels(page).join(u'\n').toStdString();
+        }
+        saveScreenshots(page, QStringLiteral("dashboard-trash-without-helper"));
     }
 
     // With the real helper on a socket of its own, taken as installed.
@@ -33,14 +55,6 @@ TEST(DashboardPage, EmptiesTheTrashThroughTheHelperAfterTheWarning)
     for (int i = 0; i < 100 && !QFileInfo::exists(socket); ++i)
         QTest::qWait(20);
     qputenv("VELLORU_HELPER_SOCKET", socket.toUtf8());
-    const QString trashed = homeTrashPath() + QStringLiteral("/files/old.txt");
-    QDir().mkpath(homeTrashPath() + QStringLiteral("/info"));
-    QDir().mkpath(homeTrashPath() + QStringLiteral("/files"));
-    {
-        QFile file(trashed);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("old");
-    }
 
     {
         AppState state;
@@ -50,8 +64,8 @@ TEST(DashboardPage, EmptiesTheTrashThroughTheHelperAfterTheWarning)
         QSignalSpy shown(&page, &DashboardPage::trashSummaryShown);
         ASSERT_TRUE(shown.wait(5000));
         ASSERT_TRUE(page.emptyTrashButton()->isEnabled());
-        QTest::qWait(100); // let the layout follow the new texts
-        saveScreenshot(page, QStringLiteral("dashboard-trash"));
+        EXPECT_FALSE(page.emptyTrashOutcome()->isVisible());
+        saveScreenshots(page, QStringLiteral("dashboard-trash"));
 
         answerNextMessageBox(QStringLiteral("Cancel"));
         QTest::mouseClick(page.emptyTrashButton(), Qt::LeftButton);
@@ -66,6 +80,8 @@ TEST(DashboardPage, EmptiesTheTrashThroughTheHelperAfterTheWarning)
         ASSERT_TRUE(QTest::qWaitFor([&] { return !state.audit().entries().isEmpty(); }, 10'000));
         EXPECT_EQ(state.audit().entries().last().path, QStringLiteral("Empty Trash"));
         EXPECT_EQ(state.audit().entries().last().outcome, QStringLiteral("The Trash is empty."));
+        EXPECT_GT(state.audit().entries().last().size, 0); // the Activity row says how much went
+        EXPECT_EQ(page.emptyTrashOutcome()->kind(), OutcomeLine::Kind::success);
     }
     qunsetenv("VELLORU_HELPER_SOCKET");
     daemon.kill();

@@ -4,16 +4,18 @@
 #include "app/UserDefaults.h"
 #include "ui/SettingsWindow.h"
 #include "ui/SidebarView.h"
+#include "ui/usage/UsagePage.h"
 
 #include "UiTestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <QCheckBox>
-#include <QComboBox>
+#include <QDialogButtonBox>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -49,12 +51,27 @@ TEST_F(MainWindowTest, FirstLaunchShowsWelcomeOnceThenTheSections)
         auto* welcome = window.findChild<QWidget*>(QStringLiteral("welcomeStep"));
         ASSERT_TRUE(welcome);
         EXPECT_TRUE(welcome->isVisible());
-        saveScreenshot(window, QStringLiteral("welcome"));
+        for (const QSize size : screenshotSizes()) {
+            resizeAndLayOut(window, size);
+            EXPECT_TRUE(clippedLabels(window).isEmpty()) << clippedLabels(window).join(u'\n').toStdString();
+        }
+        saveScreenshots(window, QStringLiteral("welcome"));
 
         QTest::mouseClick(window.findChild<QPushButton*>(QStringLiteral("getStarted")), Qt::LeftButton);
         EXPECT_FALSE(welcome->isVisible());
         auto* permissions = window.findChild<QWidget*>(QStringLiteral("permissionsStep"));
         EXPECT_TRUE(permissions->isVisible());
+        // The first look is as truthful as the later ones: without the helper it is not granted, and the
+        // step offers to set it up right there.
+        EXPECT_TRUE(permissions->findChild<QLabel*>(QStringLiteral("permission-helper"))
+                        ->text()
+                        .contains(QStringLiteral("not granted")));
+        EXPECT_TRUE(permissions->findChild<QPushButton*>(QStringLiteral("helperSetUpButton"))->isVisible());
+        for (const QSize size : screenshotSizes()) {
+            resizeAndLayOut(window, size);
+            EXPECT_TRUE(clippedLabels(window).isEmpty()) << clippedLabels(window).join(u'\n').toStdString();
+        }
+        saveScreenshots(window, QStringLiteral("permissions-first-launch"));
         QTest::mouseClick(permissions->findChild<QPushButton*>(QStringLiteral("permissionsContinue")), Qt::LeftButton);
         EXPECT_TRUE(window.sidebar()->isVisible());
         EXPECT_TRUE(defaults.value(DefaultsKey::onboardingComplete).toBool());
@@ -119,8 +136,14 @@ TEST_F(MainWindowTest, EverySectionOpensFromTheSidebar)
         EXPECT_EQ(state.selection(), destination);
         EXPECT_EQ(window.currentPage(), window.pageFor(destination));
         EXPECT_EQ(window.currentPage()->objectName(), QStringLiteral("page-") + Destinations::rawValue(destination));
+        for (const QSize size : screenshotSizes()) {
+            resizeAndLayOut(window, size);
+            EXPECT_TRUE(clippedLabels(window).isEmpty()) << Destinations::rawValue(destination).toStdString() << ": "
+                                                         << clippedLabels(window).join(u'\n').toStdString();
+        }
+        saveScreenshots(window, QStringLiteral("section-") + Destinations::rawValue(destination));
     }
-    saveScreenshot(window, QStringLiteral("sections"));
+    saveScreenshots(window, QStringLiteral("sections"));
 
     // A feature sending the user elsewhere moves the sidebar too.
     state.navigate(Destination::duplicates);
@@ -167,12 +190,22 @@ TEST_F(MainWindowTest, SettingsTabsFollowTheRouterBothWays)
         QStringLiteral("The helper needs updating to match this version of Velloru. Out of "
                        "step: the helper is from Velloru 0.0.9."));
 
+    // The chart style applies to Disk Usage the moment it is picked, with no relaunch or refocus.
     router.select(SettingsRouter::Tab::charts);
-    auto* style = settings->findChild<QComboBox*>(QStringLiteral("chartStyle"));
-    ASSERT_TRUE(style);
-    style->setCurrentIndex(style->findData(QStringLiteral("rail")));
+    auto* usage = qobject_cast<UsagePage*>(window.pageFor(Destination::diskUsage));
+    ASSERT_TRUE(usage);
+    EXPECT_EQ(usage->currentChart(), usage->honeycomb());
+    auto* rail = settings->findChild<QRadioButton*>(QStringLiteral("chartStyle-rail"));
+    ASSERT_TRUE(rail);
+    rail->click();
     EXPECT_EQ(defaults.value(DefaultsKey::chartStyle).toString(), QStringLiteral("rail"));
+    EXPECT_EQ(usage->currentChart(), usage->rail());
+    for (int i = 0; i < settings->tabs()->count(); ++i) {
+        settings->tabs()->setCurrentIndex(i);
+        EXPECT_TRUE(clippedLabels(*settings).isEmpty()) << clippedLabels(*settings).join(u'\n').toStdString();
+    }
 
+    // Only the command that changes something is offered: the services run, so Stop, not Start.
     QAction* start = menuAction(window, QStringLiteral("Start Background Services"));
     ASSERT_TRUE(start);
     EXPECT_EQ(
@@ -180,6 +213,37 @@ TEST_F(MainWindowTest, SettingsTabsFollowTheRouterBothWays)
     QAction* stop = menuAction(window, QStringLiteral("Stop Background Services"));
     ASSERT_TRUE(stop);
     EXPECT_EQ(stop->toolTip(), QStringLiteral("Unmount drives, stop the mount agent and exit the privileged helper."));
+    EXPECT_FALSE(start->isEnabled());
+    EXPECT_TRUE(stop->isEnabled());
+    stop->trigger();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return state.helper().backgroundStopped(); }, 10'000));
+    EXPECT_TRUE(start->isEnabled());
+    EXPECT_FALSE(stop->isEnabled());
+    start->trigger();
+    EXPECT_FALSE(start->isEnabled());
+
+    auto* buttons = settings->findChild<QDialogButtonBox*>(QStringLiteral("settingsButtons"));
+    ASSERT_TRUE(buttons);
+    buttons->button(QDialogButtonBox::Close)->click();
+    EXPECT_FALSE(settings->isVisible());
+}
+
+TEST_F(MainWindowTest, TheWindowOpensWhereAndAsLargeAsItWasLeft)
+{
+    QSettings defaults;
+    defaults.setValue(DefaultsKey::onboardingComplete, true);
+    defaults.setValue(DefaultsKey::permissionsRemindSuppressed, true);
+    AppState state;
+    SettingsRouter router;
+    {
+        MainWindow window(state, router, defaults);
+        window.show();
+        window.resize(1234, 777);
+        window.close();
+    }
+    MainWindow again(state, router, defaults);
+    again.show();
+    EXPECT_EQ(again.size(), QSize(1234, 777));
 }
 
 TEST_F(MainWindowTest, TheSplitLayoutIsSavedAsFramesAndRestored)

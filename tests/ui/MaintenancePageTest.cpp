@@ -1,6 +1,8 @@
 #include "ui/MaintenancePage.h"
 #include "app/AppState.h"
 #include "ui/MailCard.h"
+#include "ui/widgets/OutcomeLine.h"
+#include "ui/widgets/ProgressRow.h"
 
 #include "TestSupport.h"
 #include "UiTestSupport.h"
@@ -10,6 +12,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QMessageBox>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
@@ -59,21 +62,55 @@ TEST(MaintenancePage, WithoutTheHelperEveryTaskOffersSetUpAndThunderbirdStillRun
     EXPECT_EQ(page.helperPrompt()->title(), QStringLiteral("Turn on one-click maintenance"));
     for (const MaintenanceTask& task : Maintenance::tasks())
         EXPECT_EQ(page.buttonFor(task.rawValue)->text(), QStringLiteral("Set Up")) << task.rawValue.toStdString();
-    EXPECT_TRUE(page.findChild<QLabel*>(QStringLiteral("liveMeter"))->text().startsWith(QStringLiteral("Free space ")));
+    // Free space is shown once, on the card whose task it measures.
+    QStringList freeSpaceLines;
+    for (const QLabel* label : page.findChildren<QLabel*>())
+        if (label->text().contains(QStringLiteral("free space"), Qt::CaseInsensitive) && label->isVisible()
+            && label->objectName() != QStringLiteral("purgeableExplanation"))
+            freeSpaceLines << label->text();
+    EXPECT_EQ(freeSpaceLines.size(), 1) << freeSpaceLines.join(u'\n').toStdString();
 
-    const qsizetype entriesBefore = state.audit().entries().size();
-    auto* mail = page.findChild<QGroupBox*>(QStringLiteral("task-mail"));
+    // The prompt has a Set Up button of its own.
+    EXPECT_TRUE(page.helperPrompt()->findChild<QPushButton*>(QStringLiteral("helperSetUpButton"))->isVisible());
+
+    // With no Thunderbird in this home the card says so and offers nothing that would only fail.
+    auto* mail = page.findChild<MailCard*>();
     ASSERT_TRUE(mail);
     // Outside a sandbox nothing hides Thunderbird's folder, so the card asks for no access.
     EXPECT_FALSE(mail->findChild<QWidget*>(QStringLiteral("mailFullDiskAccess"))->isVisible());
-    QTest::mouseClick(mail->findChild<QPushButton*>(QStringLiteral("mailOptimize")), Qt::LeftButton);
-    for (int i = 0; i < 300 && state.audit().entries().size() == entriesBefore; ++i)
-        QTest::qWait(20);
-    ASSERT_EQ(state.audit().entries().size(), entriesBefore + 1);
-    EXPECT_EQ(state.audit().entries().last().feature, QStringLiteral("Maintenance"));
-    EXPECT_TRUE(
-        state.audit().entries().last().outcome.startsWith(QStringLiteral("Failed: No Thunderbird database found")));
-    saveScreenshot(page, QStringLiteral("maintenance"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return mail->result()->isVisible(); }, 10'000));
+    EXPECT_FALSE(mail->optimizeButton()->isEnabled());
+    EXPECT_TRUE(mail->result()->text().startsWith(QStringLiteral("Thunderbird isn’t set up in this home folder")));
+    for (const QSize size : screenshotSizes()) {
+        resizeAndLayOut(page, size);
+        EXPECT_TRUE(clippedLabels(page).isEmpty()) << clippedLabels(page).join(u'\n').toStdString();
+    }
+    saveScreenshots(page, QStringLiteral("maintenance"));
+}
+
+TEST(MaintenancePage, ARunningTaskShowsItsStepsAndTimeWhileTheOthersWait)
+{
+    StandInHelper helper(R"({"flushDNS": [["sleep", "1"], ["true"]], "rebuildFontCaches": [["true"]]})");
+    ASSERT_TRUE(helper.isListening()) << helper.output().toStdString();
+    AppState state;
+    MaintenancePage page(state);
+    page.show();
+    ASSERT_EQ(state.helper().state(), HelperManager::State::ready);
+
+    QTest::mouseClick(page.buttonFor(QStringLiteral("flushDNS")), Qt::LeftButton);
+    ProgressRow* progress = page.progressFor(QStringLiteral("flushDNS"));
+    EXPECT_TRUE(progress->isVisible());
+    EXPECT_TRUE(progress->elapsedText().endsWith(QStringLiteral("elapsed")));
+    EXPECT_FALSE(page.buttonFor(QStringLiteral("rebuildFontCaches"))->isEnabled());
+    // The first step's report makes the bar a measure of the whole run.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return progress->bar()->maximum() > 0; }, 10'000));
+    EXPECT_EQ(progress->text(), QStringLiteral("Step 1 of 2"));
+    saveScreenshots(page, QStringLiteral("maintenance-running"));
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !progress->isRunning(); }, 30'000));
+    EXPECT_TRUE(progress->isHidden());
+    EXPECT_EQ(page.resultFor(QStringLiteral("flushDNS"))->kind(), OutcomeLine::Kind::success);
+    EXPECT_TRUE(page.buttonFor(QStringLiteral("rebuildFontCaches"))->isEnabled());
 }
 
 TEST(MaintenancePage, WhileTheHelperIsReplacedTheButtonsWait)
@@ -115,7 +152,8 @@ TEST(MaintenancePage, AfterBackgroundServicesStopATaskSaysTheHelperIsUnavailable
     for (int i = 0; i < 100 && page.resultFor(QStringLiteral("flushDNS"))->isHidden(); ++i)
         QTest::qWait(10);
     EXPECT_EQ(
-        page.resultFor(QStringLiteral("flushDNS"))->text(), QStringLiteral("⚠ The maintenance helper is unavailable."));
+        page.resultFor(QStringLiteral("flushDNS"))->text(), QStringLiteral("The maintenance helper is unavailable."));
+    EXPECT_EQ(page.resultFor(QStringLiteral("flushDNS"))->kind(), OutcomeLine::Kind::failure);
     state.startBackgroundServices();
     EXPECT_FALSE(state.helper().backgroundStopped());
 }
@@ -144,7 +182,7 @@ TEST(MaintenancePage, ExplainsPurgeableSpaceAndTheApprovalStepInTheSystemsOwnWor
 
     state.helper().setState(HelperManager::State::needsApproval);
     EXPECT_EQ(page.helperPrompt()->title(), QStringLiteral("One more step — approve the helper"));
-    EXPECT_TRUE(page.helperPrompt()->findChild<QLabel*>()->text().endsWith(
+    EXPECT_TRUE(page.helperPrompt()->findChildren<QLabel*>().first()->text().endsWith(
         QStringLiteral("The drive-mounting item is listed separately — that one being on doesn’t cover this. No "
                        "more prompts after that.")));
     EXPECT_EQ(page.buttonFor(QStringLiteral("thinSnapshots"))->text(), QStringLiteral("Approve"));
@@ -163,7 +201,7 @@ TEST(MaintenancePage, AFailedRunStillShowsTheMeasuredChangeButLogsOnlyTheReason)
     ASSERT_TRUE(runTask(page, QStringLiteral("thinSnapshots")));
     const QString measured = page.resultFor(QStringLiteral("thinSnapshots"))->text();
     EXPECT_TRUE(
-        QRegularExpression(QStringLiteral("^⚠ false failed \\(exit status 1\\)\\. [0-9.]+ (bytes|kB|MB|GB|TB) back$"))
+        QRegularExpression(QStringLiteral("^false failed \\(exit status 1\\)\\. [0-9.]+ (bytes|kB|MB|GB|TB) back$"))
             .match(measured)
             .hasMatch())
         << measured.toStdString();
@@ -173,7 +211,7 @@ TEST(MaintenancePage, AFailedRunStillShowsTheMeasuredChangeButLogsOnlyTheReason)
 
     // A task that measures nothing shows the reason alone.
     ASSERT_TRUE(runTask(page, QStringLiteral("flushDNS")));
-    EXPECT_EQ(page.resultFor(QStringLiteral("flushDNS"))->text(), QStringLiteral("⚠ false failed (exit status 1)."));
+    EXPECT_EQ(page.resultFor(QStringLiteral("flushDNS"))->text(), QStringLiteral("false failed (exit status 1)."));
 }
 
 TEST(MailCard, InASandboxThatHidesTheHomeFolderItAsksForFullDiskAccessFirst)

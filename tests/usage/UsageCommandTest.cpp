@@ -74,6 +74,33 @@ TEST(UsageCommand, ListsTheBiggestFoldersWithSharesAsTableAndJson)
     EXPECT_EQ(inner.first().toObject().value(QStringLiteral("path")).toString(), tree.path("large/inner"));
 }
 
+TEST(UsageCommand, ListsTheLargestFilesOfTheWholeTree)
+{
+    FixtureTree tree;
+    writeFileOfSize(tree.path("a/b/c/deep.bin"), 2'000'000);
+    writeFileOfSize(tree.path("in-root.bin"), 1'000'000);
+    writeFileOfSize(tree.path("a/small.txt"), 5'000);
+    // Several worker threads keep their own largest files; what they merge must still be the largest.
+    for (int i = 0; i < 40; ++i)
+        writeFileOfSize(tree.path(QStringLiteral("many/%1/file").arg(i)), 10'000 + i * 8192); // distinct in blocks
+
+    const CommandRun json
+        = usage({tree.path(), QStringLiteral("--largest"), QStringLiteral("3"), QStringLiteral("--json")});
+    ASSERT_EQ(json.status, 0) << json.err.toStdString();
+    const QJsonArray files
+        = QJsonDocument::fromJson(json.out.toUtf8()).object().value(QStringLiteral("largestFiles")).toArray();
+    ASSERT_EQ(files.size(), 3);
+    EXPECT_EQ(files[0].toObject().value(QStringLiteral("path")).toString(), tree.path("a/b/c/deep.bin"));
+    EXPECT_EQ(files[1].toObject().value(QStringLiteral("path")).toString(), tree.path("in-root.bin"));
+    EXPECT_EQ(files[2].toObject().value(QStringLiteral("path")).toString(), tree.path("many/39/file"));
+
+    const CommandRun table = usage({tree.path(), QStringLiteral("--largest"), QStringLiteral("2")});
+    ASSERT_EQ(table.status, 0) << table.err.toStdString();
+    EXPECT_LT(table.out.indexOf(tree.path("a/b/c/deep.bin")), table.out.indexOf(tree.path("in-root.bin")));
+    EXPECT_FALSE(table.out.contains(tree.path("many/39/file")));
+    EXPECT_EQ(usage({tree.path(), QStringLiteral("--largest"), QStringLiteral("0")}).status, 2);
+}
+
 TEST(UsageCommand, TotalMatchesDuOnARealTree)
 {
     const QString root = QFileInfo::exists(QStringLiteral("/usr/include")) ? QStringLiteral("/usr/include")

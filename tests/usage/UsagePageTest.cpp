@@ -1,6 +1,10 @@
 #include "ui/usage/UsagePage.h"
+#include "ui/usage/FileList.h"
 #include "ui/usage/HoneycombChart.h"
 #include "ui/usage/RailChart.h"
+#include "ui/usage/UsageLegend.h"
+#include "ui/widgets/OutcomeLine.h"
+#include "ui/widgets/ProgressRow.h"
 
 #include "TestSupport.h"
 #include "UsageFixtures.h"
@@ -9,13 +13,30 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
 #include <QLabel>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QTreeWidget>
 
 namespace {
+
+// The page offers for the Trash only what lies in the home folder, so the trees these tests measure are made
+// there (each test binary has a home of its own).
+class TreesInHome : public ::testing::Environment {
+public:
+    void SetUp() override
+    {
+        const QString folder = QDir::homePath() + QStringLiteral("/tmp");
+        QDir().mkpath(folder);
+        qputenv("TMPDIR", QFile::encodeName(folder));
+    }
+};
+[[maybe_unused]] ::testing::Environment* const treesInHome = ::testing::AddGlobalTestEnvironment(new TreesInHome);
 
 int indexNamed(const UsageChart& chart, const QString& name)
 {
@@ -82,9 +103,16 @@ TEST(UsagePage, FillsTheChartsDrillsIntoAFolderAndGoesBack)
     EXPECT_EQ(honeycomb.items().first().name, QStringLiteral("Projects"));
     EXPECT_EQ(honeycomb.total(), duBytes(tree.path()));
     EXPECT_GE(indexNamed(honeycomb, QStringLiteral("Files in this folder")), 0);
+    // Cells too small for their names are told apart by the legend under the honeycomb.
+    EXPECT_TRUE(page.legend()->isVisible());
+    EXPECT_EQ(page.legend()->entryCount(), 6);
     EXPECT_EQ(page.findChild<QLabel*>(QStringLiteral("usageNote"))->text(),
         QStringLiteral("Sizes are allocated bytes on disk."));
-    saveScreenshot(page, QStringLiteral("usage-honeycomb"));
+    for (const QSize size : screenshotSizes()) {
+        resizeAndLayOut(page, size);
+        EXPECT_TRUE(clippedLabels(page).isEmpty()) << clippedLabels(page).join(u'\n').toStdString();
+    }
+    saveScreenshots(page, QStringLiteral("usage-honeycomb"));
 
     // Pointing at a cell shows what it holds; clicking selects it.
     const int music = indexNamed(honeycomb, QStringLiteral("Music"));
@@ -108,7 +136,7 @@ TEST(UsagePage, FillsTheChartsDrillsIntoAFolderAndGoesBack)
     const int projects = indexNamed(honeycomb, QStringLiteral("Projects"));
     QTest::mouseDClick(&honeycomb, Qt::LeftButton, {}, honeycomb.centreOf(projects)->toPoint());
     EXPECT_EQ(page.model().shownPath(), tree.path("Projects"));
-    EXPECT_EQ(page.findChild<QLabel*>(QStringLiteral("usagePath"))->text(), tree.path("Projects"));
+    EXPECT_EQ(page.findChild<QLabel*>(QStringLiteral("usagePath"))->toolTip(), tree.path("Projects"));
     ASSERT_EQ(honeycomb.items().size(), 3);
     EXPECT_EQ(honeycomb.items().first().name, QStringLiteral("velloru"));
     EXPECT_EQ(honeycomb.total(), duBytes(tree.path("Projects")));
@@ -120,6 +148,7 @@ TEST(UsagePage, FillsTheChartsDrillsIntoAFolderAndGoesBack)
     page.show();
     RailChart& rail = *page.rail();
     ASSERT_EQ(page.currentChart(), &rail);
+    EXPECT_FALSE(page.legend()->isVisible()) << "the rail names its bars itself";
     EXPECT_EQ(rail.items().size(), 3);
     const int website = indexNamed(rail, QStringLiteral("website"));
     QTest::mouseClick(&rail, Qt::LeftButton, {}, rail.centreOf(website)->toPoint());
@@ -198,5 +227,84 @@ TEST(UsagePage, AFolderWhoseNameIsNotUtf8IsShownButNeverOfferedForTheTrash)
     chart.setSelectedIndex(indexNamed(chart, QStringLiteral("bad\uFFFD")));
     EXPECT_TRUE(trash->isEnabled()) << "the folder really named with the replacement character is exact";
     EXPECT_TRUE(trash->toolTip().isEmpty());
+    EXPECT_TRUE(trashed.isEmpty());
+}
+
+TEST(UsagePage, AFolderOfFilesOpensToItsFilesAndTheLargestFilesAreOneClickAway)
+{
+    FixtureTree tree;
+    buildHome(tree);
+    FixtureTree settingsFolder;
+    QSettings defaults(settingsFolder.path("settings.ini"), QSettings::IniFormat);
+    UsagePage page(defaults, [](const QString&) -> std::optional<QString> { return std::nullopt; });
+    page.resize(1000, 640);
+    page.show();
+    EXPECT_FALSE(page.largestFilesButton()->isEnabled());
+    page.measure(tree.path());
+    waitUntilMeasured(page);
+
+    // Downloads holds only a file: it has no chart of its own, but opens to its files.
+    UsageChart& chart = *page.currentChart();
+    QTest::mouseDClick(
+        &chart, Qt::LeftButton, {}, chart.centreOf(indexNamed(chart, QStringLiteral("Downloads")))->toPoint());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return page.isShowingFiles(); }, 10'000));
+    ASSERT_EQ(page.fileList()->files().size(), 1);
+    EXPECT_EQ(page.fileList()->files().first().name, QStringLiteral("installer.iso"));
+    page.fileList()->tree()->setCurrentItem(page.fileList()->tree()->topLevelItem(0));
+    EXPECT_EQ(detailedPath(page), tree.path("Downloads/installer.iso"));
+    EXPECT_TRUE(page.findChild<QPushButton*>(QStringLiteral("usageTrash"))->isEnabled());
+    page.findChild<QPushButton*>(QStringLiteral("usageBack"))->click();
+    EXPECT_FALSE(page.isShowingFiles());
+
+    // The largest files of the whole tree, largest first, wherever they lie.
+    ASSERT_TRUE(page.largestFilesButton()->isEnabled());
+    page.largestFilesButton()->click();
+    ASSERT_TRUE(page.isShowingFiles());
+    const QList<UsageItem>& largest = page.fileList()->files();
+    ASSERT_EQ(largest.size(), 11);
+    EXPECT_EQ(largest[0].path, tree.path("Projects/velloru/build/objects"));
+    EXPECT_EQ(largest[1].path, tree.path("Pictures/Trip.photoslibrary/originals/a.heic"));
+    for (qsizetype i = 1; i < largest.size(); ++i)
+        EXPECT_GE(largest[i - 1].bytes, largest[i].bytes);
+    for (const QSize size : screenshotSizes()) {
+        resizeAndLayOut(page, size);
+        EXPECT_TRUE(elidedCells(*page.fileList()->tree()).isEmpty())
+            << elidedCells(*page.fileList()->tree()).join(u'\n').toStdString();
+    }
+    saveScreenshots(page, QStringLiteral("usage-largest-files"));
+
+    // A second walk of the same folder fills its bar against what the first one found.
+    page.measure(tree.path());
+    EXPECT_EQ(page.model().expectedBytes(), duBytes(tree.path()));
+    waitUntilMeasured(page);
+}
+
+TEST(UsagePage, NothingOutsideTheHomeFolderIsOfferedForTheTrash)
+{
+    QTemporaryDir outside(QStringLiteral("/tmp/velloru-outside-XXXXXX"));
+    ASSERT_TRUE(outside.isValid());
+    writeFileOfSize(outside.filePath(QStringLiteral("local/lib/big.so")), 600'000);
+    FixtureTree settingsFolder;
+    QSettings defaults(settingsFolder.path("settings.ini"), QSettings::IniFormat);
+    QStringList trashed;
+    UsagePage page(defaults, [&](const QString& path) -> std::optional<QString> {
+        trashed.append(path);
+        return std::nullopt;
+    });
+    page.resize(900, 600);
+    page.show();
+    page.measure(outside.path());
+    waitUntilMeasured(page);
+
+    UsageChart& chart = *page.currentChart();
+    chart.setSelectedIndex(indexNamed(chart, QStringLiteral("local")));
+    ASSERT_GE(chart.selectedIndex(), 0);
+    EXPECT_FALSE(page.findChild<QPushButton*>(QStringLiteral("usageTrash"))->isEnabled());
+    ASSERT_TRUE(page.actionOutcome()->isVisible());
+    EXPECT_TRUE(page.actionOutcome()->text().startsWith(outside.filePath(QStringLiteral("local"))))
+        << page.actionOutcome()->text().toStdString();
+    EXPECT_TRUE(page.actionOutcome()->text().contains(QStringLiteral("outside your home folder")));
+    EXPECT_TRUE(clippedLabels(page).isEmpty()) << clippedLabels(page).join(u'\n').toStdString();
+    saveScreenshots(page, QStringLiteral("usage-outside-home"));
     EXPECT_TRUE(trashed.isEmpty());
 }

@@ -96,6 +96,26 @@ QJsonObject HelperOperations::perform(
     return {{QStringLiteral("error"), QStringLiteral("The helper has no operation “%1”.").arg(op)}};
 }
 
+namespace {
+
+// Names the programs a task could not find and the packages that install them.
+QString missingToolsSentence(const QList<QStringList>& commands)
+{
+    QStringList programs, packages;
+    for (const QStringList& command : commands) {
+        programs.append(command.first());
+        if (!packages.contains(packageProviding(command.first())))
+            packages.append(packageProviding(command.first()));
+    }
+    if (programs.size() == 1)
+        return QStringLiteral("This task needs %1, which isn’t installed — install the %2 package, then try again.")
+            .arg(programs.first(), packages.first());
+    return QStringLiteral("This task needs %1, none of which is installed — install the %2 packages, then try again.")
+        .arg(programs.join(QStringLiteral(" or ")), packages.join(QStringLiteral(" and ")));
+}
+
+} // namespace
+
 QJsonObject HelperOperations::performMaintenance(const QString& task, const Progress& progress) const
 {
     const auto commands = m_tasks.constFind(task);
@@ -118,7 +138,7 @@ QJsonObject HelperOperations::performMaintenance(const QString& task, const Prog
     if (task == QLatin1String("purgeMemory") && !dropCleanPageCache())
         return taskResultJson(false, QStringLiteral("The kernel refused to drop cached memory."));
     if (ran == 0 && task != QLatin1String("purgeMemory"))
-        return taskResultJson(false, QStringLiteral("The tool for this task isn’t installed on this system."));
+        return taskResultJson(false, missingToolsSentence(*commands));
 
     if (task == QLatin1String("thinSnapshots")) {
         QStorageInfo after(QStringLiteral("/"));

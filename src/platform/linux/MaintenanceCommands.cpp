@@ -21,6 +21,19 @@ QHash<QString, QList<QStringList>> defaultMaintenanceCommands()
     };
 }
 
+QString packageProviding(const QString& program)
+{
+    static const QHash<QString, QString> packages{
+        {QStringLiteral("journalctl"), QStringLiteral("systemd")},
+        {QStringLiteral("apt-get"), QStringLiteral("apt")},
+        {QStringLiteral("sync"), QStringLiteral("coreutils")},
+        {QStringLiteral("resolvectl"), QStringLiteral("systemd-resolved")},
+        {QStringLiteral("updatedb"), QStringLiteral("plocate")},
+        {QStringLiteral("fc-cache"), QStringLiteral("fontconfig")},
+    };
+    return packages.value(program, program);
+}
+
 std::optional<qint64> cachedFileMemory()
 {
     const auto reading = readMemoryInfo();

@@ -23,12 +23,14 @@ struct ToolRun {
     int status = -1;
     QString output;
 };
+// The status of a tool that is not installed.
+constexpr int notFound = -2;
 
 ToolRun runTool(const QString& program, const QStringList& arguments, int timeoutMs = 60'000)
 {
     const QString found = QStandardPaths::findExecutable(program);
     if (found.isEmpty())
-        return {-1, QStringLiteral("%1 is not installed").arg(program)};
+        return {notFound, QStringLiteral("%1 is not installed").arg(program)};
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(found, arguments);
@@ -76,10 +78,15 @@ QString SystemdHelperService::installedProgram()
 
 HelperService::Status SystemdHelperService::status()
 {
+    // Read from the unit files rather than asked of systemctl: the window reads this whenever a page that
+    // needs the helper is shown, and two file checks cost nothing where a child process could take seconds.
+    // An enabled socket unit is the link its [Install] section asks for, which is what "systemctl
+    // is-enabled" looks for too.
     if (!QFileInfo::exists(unitFolder + QLatin1Char('/') + socketUnit))
         return Status::notInstalled;
-    const ToolRun enabled = runTool(QStringLiteral("systemctl"), {QStringLiteral("is-enabled"), socketUnit}, 10'000);
-    return enabled.status == 0 ? Status::enabled : Status::installedNotEnabled;
+    return QFileInfo::exists(unitFolder + QStringLiteral("/sockets.target.wants/") + socketUnit)
+        ? Status::enabled
+        : Status::installedNotEnabled;
 }
 
 namespace {
@@ -88,13 +95,48 @@ const QString installerDomain = QStringLiteral("velloru-helper");
 // The exit status of "velloru-helper --install" when systemd refused; any other failure exits with 1.
 constexpr int serviceManagerRefused = 3;
 
-std::optional<HelperService::Error> systemctl(const QStringList& arguments)
+// What systemd said, as a sentence that says what to do. A machine not started by systemd (a container,
+// say) cannot start the helper's socket at all; that is worth saying plainly.
+QString systemctlFailure(const QStringList& arguments, const QString& output, unsigned forUid)
+{
+    const QString startByHand = forUid == 0
+        ? SystemdHelperService::installedProgram()
+        : QStringLiteral("%1 --allow-uid %2").arg(SystemdHelperService::installedProgram()).arg(forUid);
+    if (output.contains(QLatin1String("not been booted with systemd"))
+        || output.contains(QLatin1String("Failed to connect to bus")))
+        return QStringLiteral("Couldn’t switch the helper on — this computer wasn’t started by systemd, which starts "
+                              "the helper when Velloru calls it. Start it yourself as root with “%1”, or use a "
+                              "system started by systemd.")
+            .arg(startByHand);
+    return QStringLiteral("Couldn’t switch the helper on — “systemctl %1” answered: %2")
+        .arg(arguments.join(u' '), output.isEmpty() ? QStringLiteral("nothing") : output);
+}
+
+// `forUid` is the user the helper is being installed for (0 when removing it).
+std::optional<HelperService::Error> systemctl(const QStringList& arguments, unsigned forUid = 0)
 {
     const ToolRun run = runTool(QStringLiteral("systemctl"), arguments);
     if (run.status == 0)
         return std::nullopt;
-    return HelperService::Error{HelperService::serviceManagerDomain, run.status,
-        run.output.isEmpty() ? QStringLiteral("systemctl %1 failed").arg(arguments.join(u' ')) : run.output};
+    return HelperService::Error{
+        HelperService::serviceManagerDomain, run.status, systemctlFailure(arguments, run.output, forUid)};
+}
+
+// Why pkexec did not run the installer, as a sentence that says what to do.
+QString approvalFailure(const ToolRun& run)
+{
+    if (run.status == notFound)
+        return QStringLiteral("Couldn’t install the helper — pkexec isn’t installed, so Velloru can’t ask for an "
+                              "administrator. Install the pkexec package (policykit-1 on older systems), then try "
+                              "again.");
+    if (run.output.contains(QLatin1String("authentication agent")))
+        return QStringLiteral("Couldn’t install the helper — no password prompt for administrators is running in "
+                              "this session. Run “sudo velloru helper install” in a terminal, then come back.");
+    if (run.status == 126)
+        return QStringLiteral("Couldn’t install the helper — the administrator’s approval was dismissed. Press the "
+                              "button again and approve it.");
+    return QStringLiteral("Couldn’t install the helper — the administrator’s approval was not given. Press the "
+                          "button again and enter an administrator’s password.");
 }
 
 // Runs the helper's own installer or remover as root, through pkexec unless Velloru already is root.
@@ -105,8 +147,7 @@ std::optional<HelperService::Error> asAdministrator(const QString& helperProgram
         return std::nullopt;
     // pkexec itself answers 126 when the approval was dismissed and 127 when it was not given.
     if (run.status == 126 || run.status == 127 || run.status < 0)
-        return HelperService::Error{QStringLiteral("pkexec"), run.status,
-            run.output.isEmpty() ? QStringLiteral("The administrator’s approval was not given.") : run.output};
+        return HelperService::Error{QStringLiteral("pkexec"), run.status, approvalFailure(run)};
     return HelperService::Error{
         run.status == serviceManagerRefused ? HelperService::serviceManagerDomain : installerDomain, run.status,
         run.output};
@@ -159,9 +200,9 @@ std::optional<HelperService::Error> SystemdHelperService::installAsRoot(const QS
         if (const auto problem = writeFileAtomically(path, text))
             return failed(*problem);
 
-    if (auto refused = systemctl({QStringLiteral("daemon-reload")}))
+    if (auto refused = systemctl({QStringLiteral("daemon-reload")}, uid))
         return refused;
-    return systemctl({QStringLiteral("enable"), QStringLiteral("--now"), socketUnit});
+    return systemctl({QStringLiteral("enable"), QStringLiteral("--now"), socketUnit}, uid);
 }
 
 std::optional<HelperService::Error> SystemdHelperService::uninstallAsRoot()

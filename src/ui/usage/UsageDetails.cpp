@@ -1,6 +1,8 @@
 #include "ui/usage/UsageDetails.h"
 
 #include "common/ByteCount.h"
+#include "ui/widgets/PathLabel.h"
+#include "ui/widgets/WrappedLabel.h"
 
 #include <QFileInfo>
 #include <QFormLayout>
@@ -30,12 +32,14 @@ UsageDetails::UsageDetails(QWidget* parent)
     setObjectName(QStringLiteral("usageDetails"));
     auto* form = new QFormLayout(this);
     form->setContentsMargins(0, 0, 0, 0);
-    m_name = valueLabel(this, "detailName");
+    m_name = new WrappedLabel({}, QStringLiteral("detailName"), this);
+    m_name->setTextInteractionFlags(Qt::TextSelectableByMouse);
     QFont bold = m_name->font();
     bold.setBold(true);
     m_name->setFont(bold);
     form->addRow(m_name);
-    m_path = valueLabel(this, "detailPath");
+    m_path = new PathLabel(this);
+    m_path->setObjectName(QStringLiteral("detailPath"));
     form->addRow(QStringLiteral("Path:"), m_path);
     m_size = valueLabel(this, "detailSize");
     form->addRow(QStringLiteral("On disk:"), m_size);
@@ -50,7 +54,7 @@ void UsageDetails::show(const UsageItem& item, qint64 total)
 {
     m_name->setText(
         item.kind == UsageItem::Kind::package ? QStringLiteral("%1 (shown whole)").arg(item.name) : item.name);
-    setPath(item.path);
+    m_path->setPath(item.path);
     m_size->setText(formatBytes(item.bytes));
     m_share->setText(QStringLiteral("%1% of the folder shown").arg(100.0 * shareOf(item.bytes, total), 0, 'f', 1));
     m_files->setText(fileCountText(item.fileCount));
@@ -60,25 +64,16 @@ void UsageDetails::showFolder(const QString& path, qint64 total, qint64 fileCoun
 {
     const QString name = QFileInfo(path).fileName();
     m_name->setText(name.isEmpty() ? path : name);
-    setPath(path);
+    m_path->setPath(path);
     m_size->setText(formatBytes(total));
     m_share->setText(QStringLiteral("the whole folder shown"));
     m_files->setText(fileCountText(fileCount));
 }
 
-// A long path is shortened in the middle, where the least telling folders are; the whole path is in the
-// tooltip.
-void UsageDetails::setPath(const QString& path)
-{
-    const int width = std::max(120, m_path->contentsRect().width());
-    m_path->setText(m_path->fontMetrics().elidedText(path, Qt::ElideMiddle, width));
-    m_path->setToolTip(path);
-}
-
 void UsageDetails::clear()
 {
     m_name->setText(QStringLiteral("Point at a cell to see what it holds."));
-    for (QLabel* label : {m_path, m_size, m_share, m_files})
+    for (QLabel* label : {m_size, m_share, m_files})
         label->clear();
-    m_path->setToolTip({});
+    m_path->setPath({});
 }

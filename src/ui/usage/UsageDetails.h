@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+class PathLabel;
 class QLabel;
 
 // The facts about one item of the charts: its name, path, allocated size, share of the shown folder and
@@ -19,10 +20,8 @@ public:
     void clear();
 
 private:
-    void setPath(const QString& path);
-
     QLabel* m_name = nullptr;
-    QLabel* m_path = nullptr;
+    PathLabel* m_path = nullptr;
     QLabel* m_size = nullptr;
     QLabel* m_share = nullptr;
     QLabel* m_files = nullptr;

@@ -1,16 +1,23 @@
 #include "ui/usage/UsagePage.h"
 
 #include "app/UserDefaults.h"
+#include "common/BackgroundTask.h"
 #include "common/ByteCount.h"
+#include "platform/FileManager.h"
 #include "ui/Headings.h"
+#include "ui/usage/FileList.h"
 #include "ui/usage/HoneycombChart.h"
 #include "ui/usage/RailChart.h"
 #include "ui/usage/UsageDetails.h"
+#include "ui/usage/UsageLegend.h"
+#include "ui/widgets/OutcomeLine.h"
+#include "ui/widgets/PathLabel.h"
+#include "ui/widgets/ProgressRow.h"
+#include "ui/widgets/WrappedLabel.h"
 #include "usage/UsageTexts.h"
 #include "usage/WalkRoot.h"
 
 #include <QComboBox>
-#include <QDesktopServices>
 #include <QDir>
 #include <QEvent>
 #include <QFileDialog>
@@ -22,7 +29,6 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QStackedWidget>
-#include <QUrl>
 #include <QVBoxLayout>
 
 namespace {
@@ -47,31 +53,37 @@ UsagePage::UsagePage(QSettings& defaults, MoveToTrash moveToTrash, QWidget* pare
 
     auto* navigation = new QHBoxLayout;
     m_back = button(QStringLiteral("‹ Back"), "usageBack", this);
-    m_path = new QLabel(this);
+    m_path = new PathLabel(this);
     m_path->setObjectName(QStringLiteral("usagePath"));
-    m_path->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_status = new QLabel(this);
-    m_status->setObjectName(QStringLiteral("usageStatus"));
-    m_status->setEnabled(false);
+    m_largest = button(QStringLiteral("Largest Files"), "usageLargest", this);
+    m_largest->setToolTip(QStringLiteral("The largest files anywhere in what was measured, largest first."));
     navigation->addWidget(m_back);
     navigation->addWidget(m_path, 1);
-    navigation->addWidget(m_status);
+    navigation->addWidget(m_largest);
     layout->addLayout(navigation);
+    m_status = new WrappedLabel({}, QStringLiteral("usageStatus"), this);
+    layout->addWidget(m_status);
+    m_progressRow = new ProgressRow(ProgressRow::Cancel::offered, this);
+    layout->addWidget(m_progressRow);
+    connect(m_progressRow, &ProgressRow::cancelRequested, &m_model, &UsageModel::cancel);
 
     auto* body = new QHBoxLayout;
     m_charts = new QStackedWidget(this);
     m_honeycomb = new HoneycombChart(m_charts);
     m_rail = new RailChart(m_charts);
+    m_fileList = new FileList(m_charts);
     m_charts->addWidget(m_honeycomb);
     m_charts->addWidget(m_rail);
-    body->addWidget(m_charts, 1);
+    m_charts->addWidget(m_fileList);
+    auto* chartColumn = new QVBoxLayout;
+    chartColumn->addWidget(m_charts, 1);
+    m_legend = new UsageLegend(this);
+    chartColumn->addWidget(m_legend);
+    body->addLayout(chartColumn, 1);
     body->addWidget(makeSidePanel());
     layout->addLayout(body, 1);
 
-    auto* note = new QLabel(UsageTexts::allocatedNote, this);
-    note->setObjectName(QStringLiteral("usageNote"));
-    note->setEnabled(false);
-    layout->addWidget(note);
+    layout->addWidget(new WrappedLabel(UsageTexts::allocatedNote, QStringLiteral("usageNote"), this));
 
     for (UsageChart* chart : {static_cast<UsageChart*>(m_honeycomb), static_cast<UsageChart*>(m_rail)}) {
         connect(chart, &UsageChart::hoveredChanged, this, &UsagePage::showDetails);
@@ -84,7 +96,14 @@ UsagePage::UsagePage(QSettings& defaults, MoveToTrash moveToTrash, QWidget* pare
         });
         connect(chart, &UsageChart::activated, this, &UsagePage::openItem);
     }
-    connect(m_back, &QPushButton::clicked, &m_model, &UsageModel::back);
+    connect(m_back, &QPushButton::clicked, this, [this] {
+        // From a file list, Back returns to the chart it was opened from.
+        if (isShowingFiles())
+            return applyChartStyle();
+        m_model.back();
+    });
+    connect(m_largest, &QPushButton::clicked, this, &UsagePage::showLargestFiles);
+    connect(m_fileList, &FileList::selectedChanged, this, &UsagePage::showDetails);
     connect(&m_model, &UsageModel::itemsChanged, this, &UsagePage::showItems);
     connect(&m_model, &UsageModel::progressChanged, this, &UsagePage::showProgress);
     connect(&m_model, &UsageModel::measuringChanged, this, &UsagePage::showProgress);
@@ -116,8 +135,14 @@ QWidget* UsagePage::makeSourceRow()
     connect(choose, &QPushButton::clicked, this, [this] {
         const QString folder
             = QFileDialog::getExistingDirectory(this, QStringLiteral("Choose a Folder to Measure"), m_model.rootPath());
-        if (!folder.isEmpty())
-            measure(folder);
+        if (folder.isEmpty())
+            return;
+        // The choice joins the drop-down, so the drop-down always names what is shown.
+        if (m_source->findData(folder) < 0)
+            m_source->addItem(QFileInfo(folder).fileName().isEmpty() ? folder : QFileInfo(folder).fileName(), folder);
+        m_source->setCurrentIndex(m_source->findData(folder));
+        m_source->setItemData(m_source->currentIndex(), folder, Qt::ToolTipRole);
+        measure(folder);
     });
     connect(m_measure, &QPushButton::clicked, this, [this] {
         if (m_model.isMeasuring())
@@ -143,6 +168,8 @@ QWidget* UsagePage::makeSidePanel()
         m_trash->setToolTip(QStringLiteral("The Trash mover is not available in this version of Velloru."));
     for (QPushButton* action : {m_open, m_reveal, m_trash})
         layout->addWidget(action);
+    m_actionOutcome = new OutcomeLine(QStringLiteral("usageActionOutcome"), panel);
+    layout->addWidget(m_actionOutcome);
     layout->addStretch();
 
     connect(m_open, &QPushButton::clicked, this, [this] { openItem(currentChart()->selectedIndex()); });
@@ -159,7 +186,52 @@ void UsagePage::measure(const QString& path)
 
 UsageChart* UsagePage::currentChart() const
 {
-    return static_cast<UsageChart*>(m_charts->currentWidget());
+    const bool rail = m_defaults.value(DefaultsKey::chartStyle).toString() == QLatin1String("rail");
+    return rail ? static_cast<UsageChart*>(m_rail) : m_honeycomb;
+}
+
+void UsagePage::showLegend()
+{
+    // The rail names every bar itself; the honeycomb's small cells need the legend.
+    m_legend->showItemsOf(*currentChart());
+    m_legend->setVisible(currentChart() == m_honeycomb && !isShowingFiles() && m_legend->entryCount() > 0);
+}
+
+bool UsagePage::isShowingFiles() const
+{
+    return m_charts->currentWidget() == m_fileList;
+}
+
+void UsagePage::showLargestFiles()
+{
+    QList<UsageItem> files;
+    for (const SizedFile& file : m_model.largestFiles())
+        files.append(fileItem(file));
+    m_fileList->setFiles(
+        QStringLiteral("The largest files in %1, largest first").arg(m_model.rootPath()), std::move(files), true);
+    m_charts->setCurrentWidget(m_fileList);
+    m_back->setEnabled(true);
+    showLegend();
+    showDetails();
+}
+
+void UsagePage::showFilesOf(const QString& folder)
+{
+    if (m_filesTask)
+        return;
+    m_filesTask = runInBackground(
+        this, [folder] { return filesIn(toFileName(folder)); },
+        [this, folder](std::vector<SizedFile> found) {
+            m_filesTask.reset();
+            QList<UsageItem> files;
+            for (const SizedFile& file : found)
+                files.append(fileItem(file));
+            m_fileList->setFiles(QStringLiteral("Files in %1, largest first").arg(folder), std::move(files), false);
+            m_charts->setCurrentWidget(m_fileList);
+            m_back->setEnabled(true);
+            showLegend();
+            showDetails();
+        });
 }
 
 void UsagePage::showEvent(QShowEvent* event)
@@ -178,8 +250,9 @@ void UsagePage::changeEvent(QEvent* event)
 
 void UsagePage::applyChartStyle()
 {
-    const bool rail = m_defaults.value(DefaultsKey::chartStyle).toString() == QLatin1String("rail");
-    m_charts->setCurrentWidget(rail ? static_cast<QWidget*>(m_rail) : m_honeycomb);
+    m_charts->setCurrentWidget(currentChart());
+    showLegend();
+    m_back->setEnabled(m_model.canGoBack());
     showDetails();
 }
 
@@ -188,8 +261,11 @@ void UsagePage::showItems()
     const QList<UsageItem> items = m_model.shownItems();
     m_honeycomb->setItems(items, m_model.shownTotal());
     m_rail->setItems(items, m_model.shownTotal());
+    if (isShowingFiles())
+        m_charts->setCurrentWidget(currentChart());
+    showLegend();
     m_back->setEnabled(m_model.canGoBack());
-    m_path->setText(m_model.rootPath().isEmpty()
+    m_path->setPath(m_model.rootPath().isEmpty()
             ? QStringLiteral("Pick a volume or folder to see what takes its space.")
             : m_model.shownPath());
     showDetails();
@@ -199,13 +275,21 @@ void UsagePage::showProgress()
 {
     const WalkCounters counters = m_model.counters();
     const QString folders = QLocale().toString(counters.foldersListed);
+    if (m_model.isMeasuring()) {
+        const QString text
+            = QStringLiteral("Measuring%1… %2 folders, %3 so far")
+                  .arg(m_model.scanning().isEmpty() ? QString() : QStringLiteral(" “%1”").arg(m_model.scanning()),
+                      folders, formatBytes(counters.bytesCounted));
+        if (!m_progressRow->isRunning())
+            m_progressRow->start(text);
+        m_progressRow->setText(text);
+        m_progressRow->setProgress(counters.bytesCounted, m_model.expectedBytes().value_or(0));
+    } else {
+        m_progressRow->finish();
+    }
+    m_status->setVisible(!m_model.isMeasuring());
     if (!m_model.failure().isEmpty())
         m_status->setText(m_model.failure());
-    else if (m_model.isMeasuring())
-        m_status->setText(
-            QStringLiteral("Measuring%1… %2 folders, %3 so far")
-                .arg(m_model.scanning().isEmpty() ? QString() : QStringLiteral(" “%1”").arg(m_model.scanning()),
-                    folders, formatBytes(counters.bytesCounted)));
     else if (m_model.isComplete() && !m_model.unreadableNote().isEmpty())
         m_status->setText(QStringLiteral("%1 folders measured. %2").arg(folders, m_model.unreadableNote()));
     else if (m_model.isComplete())
@@ -214,11 +298,18 @@ void UsagePage::showProgress()
         m_status->setText(
             QStringLiteral("Stopped after %1 folders — the chart shows those measured so far.").arg(folders));
     m_measure->setText(m_model.isMeasuring() ? QStringLiteral("Stop") : QStringLiteral("Measure"));
+    m_largest->setEnabled(m_model.isComplete() && !m_model.largestFiles().empty());
     showDetails();
 }
 
 std::optional<UsageItem> UsagePage::selectedItem() const
 {
+    if (isShowingFiles()) {
+        const int index = m_fileList->selectedIndex();
+        if (index < 0 || index >= m_fileList->files().size())
+            return std::nullopt;
+        return m_fileList->files()[index];
+    }
     const UsageChart* chart = currentChart();
     const int index = chart->selectedIndex();
     if (index < 0 || index >= chart->items().size())
@@ -230,7 +321,12 @@ void UsagePage::showDetails()
 {
     const UsageChart* chart = currentChart();
     const int index = chart->hoveredIndex() >= 0 ? chart->hoveredIndex() : chart->selectedIndex();
-    if (index >= 0 && index < chart->items().size()) {
+    if (isShowingFiles()) {
+        if (const std::optional<UsageItem> file = selectedItem())
+            m_details->show(*file, m_model.shownTotal());
+        else
+            m_details->clear();
+    } else if (index >= 0 && index < chart->items().size()) {
         m_details->show(chart->items()[index], chart->total());
     } else if (!m_model.rootPath().isEmpty() && m_model.failure().isEmpty()) {
         qint64 files = 0;
@@ -241,17 +337,28 @@ void UsagePage::showDetails()
         m_details->clear();
     }
     const std::optional<UsageItem> selected = selectedItem();
-    m_open->setEnabled(selected && selected->canOpen());
+    m_open->setEnabled(
+        selected && selected->kind != UsageItem::Kind::package && selected->kind != UsageItem::Kind::file);
     m_reveal->setEnabled(!m_model.rootPath().isEmpty() && m_model.failure().isEmpty());
-    m_trash->setEnabled(m_moveToTrash && selected && selected->canMoveToTrash() && !m_model.isMeasuring());
-    if (m_moveToTrash)
-        m_trash->setToolTip(selected && !selected->exactPath ? UsageTexts::inexactName : QString());
+    const std::optional<QString> kept = selected ? whyNotToTrash(*selected, QDir::homePath()) : std::nullopt;
+    m_trash->setEnabled(m_moveToTrash && selected && !kept && !m_model.isMeasuring());
+    // Why the selected item is not offered is said under the buttons, where the user looks for it.
+    if (kept)
+        m_actionOutcome->showNote(*kept);
+    else if (m_actionOutcome->kind() == OutcomeLine::Kind::note)
+        m_actionOutcome->clear();
 }
 
 void UsagePage::openItem(int index)
 {
-    if (m_model.open(index))
+    if (m_model.open(index)) {
         currentChart()->setSelectedIndex(-1);
+        return;
+    }
+    // A folder with no subfolders, and the files lying in a folder, open to a list of their files.
+    const QList<UsageItem>& items = currentChart()->items();
+    if (index >= 0 && index < items.size() && items[index].kind != UsageItem::Kind::package)
+        showFilesOf(items[index].path);
 }
 
 void UsagePage::revealSelected()
@@ -261,16 +368,25 @@ void UsagePage::revealSelected()
     const QString folder = !selected               ? m_model.shownPath()
         : selected->kind == UsageItem::Kind::files ? selected->path
                                                    : QFileInfo(selected->path).absolutePath();
-    QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+    m_actionOutcome->clear();
+    if (m_revealTask)
+        return;
+    m_revealTask = runInBackground(
+        this, [folder] { return showInFileManager(folder); },
+        [this](std::optional<QString> failure) {
+            m_revealTask.reset();
+            if (failure)
+                m_actionOutcome->showFailure(*failure);
+        });
 }
 
 void UsagePage::trashSelected()
 {
     const std::optional<UsageItem> selected = selectedItem();
-    if (!selected || !selected->canMoveToTrash() || !m_moveToTrash)
+    if (!selected || whyNotToTrash(*selected, QDir::homePath()) || !m_moveToTrash)
         return;
     QMessageBox confirm(QMessageBox::Question, QStringLiteral("Move to Trash"),
-        QStringLiteral("Move “%1” to the Trash?").arg(selected->name), QMessageBox::Cancel, this);
+        QStringLiteral("Move “%1” to the Trash?").arg(selected->path), QMessageBox::Cancel, this);
     confirm.setObjectName(QStringLiteral("usageTrashConfirm"));
     confirm.setInformativeText(
         QStringLiteral("It takes %1 on disk. You can put it back from the Trash.").arg(formatBytes(selected->bytes)));
@@ -280,9 +396,10 @@ void UsagePage::trashSelected()
     if (confirm.clickedButton() != move)
         return;
     if (const std::optional<QString> failure = m_moveToTrash(selected->path)) {
-        QMessageBox::warning(this, QStringLiteral("Move to Trash"), *failure);
+        m_actionOutcome->showFailure(*failure);
         return;
     }
+    m_actionOutcome->showSuccess(QStringLiteral("Moved %1 to the Trash.").arg(selected->path));
     // The measured tree no longer matches the disk: measure again.
     measure(m_model.rootPath());
 }

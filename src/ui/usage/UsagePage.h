@@ -5,9 +5,15 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <optional>
+#include <thread>
 
+class FileList;
 class HoneycombChart;
+class PathLabel;
+class OutcomeLine;
+class ProgressRow;
 class QComboBox;
 class QLabel;
 class QPushButton;
@@ -16,6 +22,7 @@ class QStackedWidget;
 class RailChart;
 class UsageChart;
 class UsageDetails;
+class UsageLegend;
 
 // Moves one item to the Trash; nothing on success, otherwise the sentence that says why it stayed.
 using MoveToTrash = std::function<std::optional<QString>(const QString& path)>;
@@ -34,6 +41,19 @@ public:
     HoneycombChart* honeycomb() const { return m_honeycomb; }
     RailChart* rail() const { return m_rail; }
     UsageChart* currentChart() const;
+    ProgressRow* progressRow() const { return m_progressRow; }
+    FileList* fileList() const { return m_fileList; }
+    UsageLegend* legend() const { return m_legend; }
+    bool isShowingFiles() const;
+    // Lists the largest files of the finished walk in place of the chart.
+    void showLargestFiles();
+    // Lists the files lying in `folder`, largest first, in place of the chart (read off the main thread).
+    void showFilesOf(const QString& folder);
+    QPushButton* largestFilesButton() const { return m_largest; }
+    // Why the selected item cannot go to the Trash, or how revealing or trashing it went.
+    OutcomeLine* actionOutcome() const { return m_actionOutcome; }
+    // Shows the chart style chosen in Settings.
+    void applyChartStyle();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -42,8 +62,8 @@ protected:
 private:
     QWidget* makeSourceRow();
     QWidget* makeSidePanel();
-    void applyChartStyle();
     void showItems();
+    void showLegend();
     void showProgress();
     void showDetails();
     void openItem(int index);
@@ -57,7 +77,7 @@ private:
     QComboBox* m_source = nullptr;
     QPushButton* m_measure = nullptr;
     QPushButton* m_back = nullptr;
-    QLabel* m_path = nullptr;
+    PathLabel* m_path = nullptr;
     QLabel* m_status = nullptr;
     QStackedWidget* m_charts = nullptr;
     HoneycombChart* m_honeycomb = nullptr;
@@ -66,4 +86,11 @@ private:
     QPushButton* m_open = nullptr;
     QPushButton* m_reveal = nullptr;
     QPushButton* m_trash = nullptr;
+    ProgressRow* m_progressRow = nullptr;
+    OutcomeLine* m_actionOutcome = nullptr;
+    std::unique_ptr<std::jthread> m_revealTask;
+    FileList* m_fileList = nullptr;
+    UsageLegend* m_legend = nullptr;
+    QPushButton* m_largest = nullptr;
+    std::unique_ptr<std::jthread> m_filesTask; // listing a folder's files
 };
