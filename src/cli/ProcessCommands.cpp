@@ -69,7 +69,7 @@ int actOn(CommandContext& context, const QString& command, int pid, const Start&
     if (!outcome.success)
         context.err << QStringLiteral("✗ ") << outcome.sentence << '\n';
     else if (outcome.alreadyEnded)
-        context.out << QStringLiteral("%1 had already ended.\n").arg(target->name);
+        context.out << ProcessTexts::alreadyEnded(target->name) << '\n';
     else
         context.out << QStringLiteral("✓ ") << success(*target) << '\n';
     if (const auto& problem = log.lastSaveProblem()) {
@@ -159,8 +159,7 @@ int runQuitCommand(CommandContext& context)
             force ? list.forceQuit(target, std::move(done)) : list.quit(target, std::move(done));
         },
         [force](const ProcessTarget& target) {
-            return force ? QStringLiteral("%1 was force quit.").arg(target.name)
-                         : QStringLiteral("%1 quit.").arg(target.name);
+            return force ? ProcessTexts::forceQuitDone(target.name) : ProcessTexts::quitDone(target.name);
         });
 }
 
@@ -179,9 +178,5 @@ int runPriorityCommand(CommandContext& context)
         [band](ProcessList& list, const ProcessTarget& target, ProcessList::Done done) {
             list.setPriority(target, *band, std::move(done));
         },
-        [band](const ProcessTarget& target) {
-            return QStringLiteral("%1 now runs at %2 priority (nice %3).")
-                .arg(target.name, PriorityBands::title(*band))
-                .arg(PriorityBands::niceValue(*band));
-        });
+        [band](const ProcessTarget& target) { return ProcessTexts::priorityDone(target.name, *band); });
 }

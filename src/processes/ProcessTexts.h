@@ -1,5 +1,7 @@
 #pragma once
 
+#include "processes/PriorityBand.h"
+
 #include <QString>
 
 // What the process list and the memory monitor say.
@@ -20,6 +22,26 @@ inline QString refusedToQuit(const QString& name)
 {
     return name + QStringLiteral(" refused to quit.");
 }
+// What is said once an action on `name` went through.
+inline QString quitDone(const QString& name)
+{
+    return QStringLiteral("%1 quit.").arg(name);
+}
+inline QString forceQuitDone(const QString& name)
+{
+    return QStringLiteral("%1 was force quit.").arg(name);
+}
+inline QString priorityDone(const QString& name, PriorityBand band)
+{
+    return QStringLiteral("%1 now runs at %2 priority (nice %3).")
+        .arg(name, PriorityBands::title(band))
+        .arg(PriorityBands::niceValue(band));
+}
+inline QString alreadyEnded(const QString& name)
+{
+    return QStringLiteral("%1 had already ended.").arg(name);
+}
+
 // Shown while /proc hides system processes from the user and the helper is not ready to read them.
 inline QString installHelperForMemory()
 {

@@ -7,6 +7,9 @@
 #include "ui/MainWindow.h"
 #include "ui/memory/MemoryMonitorView.h"
 #include "ui/memory/ProcessTreeModel.h"
+#include "ui/widgets/EmptyState.h"
+#include "ui/widgets/OutcomeLine.h"
+#include "ui/widgets/WrappedLabel.h"
 
 #include "TestSupport.h"
 #include "UiTestSupport.h"
@@ -45,22 +48,6 @@ QByteArray niceOf(qint64 pid)
 {
     const QByteArray stat = readWholeFile(QStringLiteral("/proc/%1/stat").arg(pid));
     return stat.mid(stat.lastIndexOf(')') + 2).split(' ').value(16);
-}
-
-// Labels whose text does not fit: a label that does not wrap and is narrower than its text, or a wrapping one
-// shorter than its text needs at its width.
-QStringList clippedLabels(QWidget& root)
-{
-    QStringList clipped;
-    for (QLabel* label : root.findChildren<QLabel*>()) {
-        if (!label->isVisibleTo(&root) || label->text().isEmpty())
-            continue;
-        const bool tooNarrow = !label->wordWrap() && label->sizeHint().width() > label->width();
-        const bool tooShort = label->wordWrap() && label->heightForWidth(label->width()) > label->height();
-        if (tooNarrow || tooShort)
-            clipped.append(label->text());
-    }
-    return clipped;
 }
 
 // Searches for `name` and selects the one row found.
@@ -138,7 +125,9 @@ TEST(MemoryUsagePage, SortsByCPULowersAPriorityQuitsOneAndForceQuitsAnother)
                   .data(ProcessTreeModel::sortRole)
                   .toDouble(),
         10.0);
-    saveScreenshot(page, QStringLiteral("memory-usage-by-cpu"));
+    saveScreenshots(page, QStringLiteral("memory-usage-by-cpu"));
+    EXPECT_EQ(clippedLabels(page), QStringList());
+    EXPECT_EQ(elidedCells(*page.table()), QStringList());
 
     // Low priority for the spinner, through the priority menu.
     ASSERT_TRUE(selectByPid(page, spinner.processId()));
@@ -154,9 +143,9 @@ TEST(MemoryUsagePage, SortsByCPULowersAPriorityQuitsOneAndForceQuitsAnother)
     QTest::mouseClick(page.findChild<QPushButton*>(QStringLiteral("quitProcess")), Qt::LeftButton);
     EXPECT_TRUE(eventually([&] { return sleeper.state() == QProcess::NotRunning; }));
     EXPECT_TRUE(eventually([&] { return rows.rowCount() == 0; })) << "the quit process leaves the list";
-    EXPECT_TRUE(page.findChild<QLabel*>(QStringLiteral("processesEmpty"))
-                    ->text()
-                    .contains(QStringLiteral("No process matches")));
+    EXPECT_EQ(page.emptyState()->title(), QStringLiteral("No process matches “velloru-ui-sleeper”"));
+    EXPECT_TRUE(page.actionOutcome()->isVisible());
+    EXPECT_EQ(page.actionOutcome()->text(), QStringLiteral("velloru-ui-sleeper quit."));
 
     // Force quit the spinner.
     ASSERT_TRUE(selectByPid(page, spinner.processId()));
@@ -243,12 +232,12 @@ TEST(MemoryUsagePage, TheSectionInTheWindowFitsAt900x600And1440x900)
     EXPECT_TRUE(page->detailLine()->text().endsWith(QStringLiteral("⚠ Demo Editor refused to quit.</span>")))
         << page->detailLine()->text().toStdString();
 
-    for (const QSize size : {QSize(900, 600), QSize(1440, 900)}) {
-        window.resize(size);
-        QTest::qWait(2200); // the chart gains a point
-        const QString name = QStringLiteral("memory-usage-%1x%2").arg(size.width()).arg(size.height());
-        saveScreenshot(window, name);
-        EXPECT_EQ(clippedLabels(*page), QStringList()) << name.toStdString();
+    QTest::qWait(2200); // the chart gains a point
+    for (const QSize size : screenshotSizes()) {
+        resizeAndLayOut(window, size);
+        EXPECT_EQ(clippedLabels(window), QStringList()) << size.width();
+        EXPECT_EQ(elidedCells(*page->table()), QStringList()) << size.width();
     }
+    saveScreenshots(window, QStringLiteral("memory-usage"));
     defaults.remove(DefaultsKey::debugStartPage);
 }

@@ -5,12 +5,14 @@
 #include "helper/MaintenanceRunner.h"
 #include "processes/ProcessGroup.h"
 #include "processes/ProcessSampler.h"
-#include "ui/HelperInstaller.h"
 #include "ui/memory/MemoryChart.h"
+#include "ui/widgets/HelperSetupButton.h"
+#include "ui/widgets/OutcomeLine.h"
+#include "ui/widgets/ProgressRow.h"
+#include "ui/widgets/WrappedLabel.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -19,33 +21,22 @@ namespace {
 
 constexpr qsizetype largestShown = 5;
 
-QLabel* wrappedLabel(QWidget* parent, const QString& objectName)
-{
-    auto* label = new QLabel(parent);
-    label->setObjectName(objectName);
-    label->setWordWrap(true);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    return label;
-}
-
 } // namespace
 
-MemoryMonitorView::MemoryMonitorView(AppState& state, HelperInstaller& installer, QWidget* parent)
+MemoryMonitorView::MemoryMonitorView(AppState& state, QWidget* parent)
     : QWidget(parent)
     , m_state(state)
-    , m_installer(installer)
 {
     setObjectName(QStringLiteral("memoryMonitor"));
     auto* layout = new QGridLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
 
-    m_pressure = new QLabel(QStringLiteral("Reading memory…"), this);
-    m_pressure->setObjectName(QStringLiteral("memoryPressure"));
+    m_pressure = new WrappedLabel(QStringLiteral("Reading memory…"), QStringLiteral("memoryPressure"), this);
     QFont bold = m_pressure->font();
     bold.setBold(true);
     m_pressure->setFont(bold);
-    m_explanation = wrappedLabel(this, QStringLiteral("pressureExplanation"));
-    m_figures = wrappedLabel(this, QStringLiteral("memoryFigures"));
+    m_explanation = new WrappedLabel({}, QStringLiteral("pressureExplanation"), this);
+    m_figures = new WrappedLabel({}, QStringLiteral("memoryFigures"), this);
     auto* words = new QVBoxLayout;
     words->addWidget(m_pressure);
     words->addWidget(m_explanation);
@@ -54,24 +45,34 @@ MemoryMonitorView::MemoryMonitorView(AppState& state, HelperInstaller& installer
 
     m_chart = new MemoryChart(this);
     layout->addWidget(m_chart, 1, 0);
-    m_largest = wrappedLabel(this, QStringLiteral("largestApps"));
+    m_largest = new WrappedLabel({}, QStringLiteral("largestApps"), this);
     m_largest->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    m_largest->setMinimumWidth(180);
     layout->addWidget(m_largest, 1, 1);
     layout->setColumnStretch(0, 3);
     layout->setColumnStretch(1, 2);
 
+    auto* freeUpColumn = new QVBoxLayout;
     auto* freeUpRow = new QHBoxLayout;
-    m_freeUp = new QPushButton(this);
+    m_freeUp = new QPushButton(QStringLiteral("Free up memory"), this);
     m_freeUp->setObjectName(QStringLiteral("freeUpMemory"));
+    m_freeUp->setToolTip(QStringLiteral("Releases cached file memory through the helper and shows the measured "
+                                        "change. Linux reclaims it by itself when an app needs memory."));
     freeUpRow->addWidget(m_freeUp, 0, Qt::AlignTop);
-    m_freeUpResult = wrappedLabel(this, QStringLiteral("freeUpResult"));
-    freeUpRow->addWidget(m_freeUpResult, 1);
-    layout->addLayout(freeUpRow, 2, 0, 1, 2);
+    m_freeUpNeeds = new WrappedLabel(QStringLiteral("Freeing memory needs administrator rights — set up Velloru’s "
+                                                    "helper once (you’ll approve it as an administrator)."),
+        QStringLiteral("freeUpNeedsHelper"), this);
+    freeUpRow->addWidget(m_freeUpNeeds, 1);
+    freeUpColumn->addLayout(freeUpRow);
+    m_setUp = new HelperSetupButton(state.helper(), state.helperService(), this);
+    freeUpColumn->addWidget(m_setUp);
+    m_freeing = new ProgressRow(ProgressRow::Cancel::notOffered, this);
+    freeUpColumn->addWidget(m_freeing);
+    m_freeUpResult = new OutcomeLine(QStringLiteral("freeUpResult"), this);
+    freeUpColumn->addWidget(m_freeUpResult);
+    layout->addLayout(freeUpColumn, 2, 0, 1, 2);
 
     connect(m_freeUp, &QPushButton::clicked, this, &MemoryMonitorView::freeUp);
     connect(&state.helper(), &HelperManager::changed, this, &MemoryMonitorView::showHelperState);
-    connect(&installer, &HelperInstaller::finished, this, &MemoryMonitorView::showHelperState);
     showHelperState();
 }
 
@@ -107,45 +108,28 @@ void MemoryMonitorView::showSample(const ProcessSampler& sampler)
 
 void MemoryMonitorView::showHelperState()
 {
-    if (m_freeing)
-        return;
-    const HelperManager& helper = m_state.helper();
-    const bool ready = helper.state() == HelperManager::State::ready;
-    m_freeUp->setText(ready ? QStringLiteral("Free up memory") : QStringLiteral("Set Up"));
-    m_freeUp->setEnabled(!m_installer.isInstalling() && !helper.isRefreshing());
-    if (ready) {
-        if (m_askedForHelper)
-            m_freeUpResult->setText(QStringLiteral("The helper is ready — press Free up memory."));
-        m_freeUp->setToolTip(QStringLiteral("Releases cached file memory through the helper and shows the measured "
-                                            "change. Linux reclaims it by itself when an app needs memory."));
-    } else if (m_askedForHelper && helper.state() == HelperManager::State::failed) {
-        m_freeUpResult->setText(QStringLiteral("⚠ ") + helper.failureMessage());
-    } else if (m_installer.isInstalling()) {
-        m_freeUpResult->setText(QStringLiteral("Installing the helper — approve it as an administrator…"));
-    } else {
-        m_freeUpResult->setText(QStringLiteral("Freeing memory needs administrator rights. Set up Velloru’s helper "
-                                               "once (you’ll approve it as an administrator) and it’s one click."));
-    }
+    const bool ready = m_state.helper().state() == HelperManager::State::ready;
+    m_freeUp->setEnabled(ready && !m_freeing->isRunning());
+    m_freeUpNeeds->setVisible(!ready);
 }
 
 void MemoryMonitorView::freeUp()
 {
-    HelperManager& helper = m_state.helper();
-    if (helper.state() != HelperManager::State::ready) {
-        m_askedForHelper = true;
-        m_installer.install();
-        return showHelperState();
-    }
     const auto task = Maintenance::task(QStringLiteral("purgeMemory"));
-    m_freeing = true;
     m_freeUp->setEnabled(false);
-    m_freeUpResult->setText(QStringLiteral("Freeing memory…"));
-    runMaintenanceTask(helper, m_state.audit(), *task, {}, [this, guard = QPointer(this)](MaintenanceOutcome outcome) {
-        if (!guard)
-            return;
-        m_freeing = false;
-        m_askedForHelper = false;
-        showHelperState();
-        m_freeUpResult->setText((outcome.success ? QStringLiteral("✓ ") : QStringLiteral("⚠ ")) + outcome.line);
-    });
+    m_freeUpResult->clear();
+    m_freeing->start(QStringLiteral("Freeing memory…"));
+    const auto showStep = [this, guard = QPointer(this)](TaskStep step) {
+        if (guard)
+            m_freeing->setProgress(step.done, step.total);
+    };
+    runMaintenanceTask(
+        m_state.helper(), m_state.audit(), *task, showStep, [this, guard = QPointer(this)](MaintenanceOutcome outcome) {
+            if (!guard)
+                return;
+            m_freeing->finish();
+            m_freeUpResult->showOutcome(
+                outcome.success ? OutcomeLine::Kind::success : OutcomeLine::Kind::failure, outcome.line);
+            showHelperState();
+        });
 }

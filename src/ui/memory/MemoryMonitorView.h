@@ -3,11 +3,13 @@
 #include <QWidget>
 
 class AppState;
-class HelperInstaller;
+class HelperSetupButton;
 class MemoryChart;
+class OutcomeLine;
 class ProcessSampler;
-class QLabel;
+class ProgressRow;
 class QPushButton;
+class WrappedLabel;
 
 // The top of the Memory Usage section: the pressure in words and colour, what memory holds, the chart of the
 // last minutes, the apps using the most, and "Free up memory" with its measured result.
@@ -15,26 +17,26 @@ class MemoryMonitorView : public QWidget {
     Q_OBJECT
 
 public:
-    MemoryMonitorView(AppState& state, HelperInstaller& installer, QWidget* parent = nullptr);
+    explicit MemoryMonitorView(AppState& state, QWidget* parent = nullptr);
 
     void showSample(const ProcessSampler& sampler);
     QPushButton* freeUpButton() const { return m_freeUp; }
-    QLabel* freeUpResult() const { return m_freeUpResult; }
-    QLabel* pressureLabel() const { return m_pressure; }
+    OutcomeLine* freeUpResult() const { return m_freeUpResult; }
+    WrappedLabel* pressureLabel() const { return m_pressure; }
 
 private:
     void showHelperState();
     void freeUp();
 
     AppState& m_state;
-    HelperInstaller& m_installer;
-    QLabel* m_pressure = nullptr;
-    QLabel* m_explanation = nullptr;
-    QLabel* m_figures = nullptr;
+    WrappedLabel* m_pressure = nullptr;
+    WrappedLabel* m_explanation = nullptr;
+    WrappedLabel* m_figures = nullptr;
     MemoryChart* m_chart = nullptr;
-    QLabel* m_largest = nullptr;
+    WrappedLabel* m_largest = nullptr;
     QPushButton* m_freeUp = nullptr;
-    QLabel* m_freeUpResult = nullptr;
-    bool m_freeing = false;
-    bool m_askedForHelper = false; // the last Set Up was pressed here, so its failure is said here
+    WrappedLabel* m_freeUpNeeds = nullptr; // why the button is off while the helper is missing
+    HelperSetupButton* m_setUp = nullptr;
+    ProgressRow* m_freeing = nullptr;
+    OutcomeLine* m_freeUpResult = nullptr;
 };

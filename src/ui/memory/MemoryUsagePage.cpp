@@ -3,9 +3,12 @@
 #include "app/AppState.h"
 #include "processes/ProcessTexts.h"
 #include "ui/Headings.h"
-#include "ui/HelperInstaller.h"
 #include "ui/memory/MemoryMonitorView.h"
 #include "ui/memory/ProcessTreeModel.h"
+#include "ui/widgets/EmptyState.h"
+#include "ui/widgets/HelperSetupButton.h"
+#include "ui/widgets/OutcomeLine.h"
+#include "ui/widgets/WrappedLabel.h"
 
 #include <QCheckBox>
 #include <QColor>
@@ -13,7 +16,6 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
@@ -23,6 +25,7 @@
 #include <QSortFilterProxyModel>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QStyle>
 #include <QToolButton>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -43,14 +46,13 @@ MemoryUsagePage::MemoryUsagePage(AppState& state, QSettings& defaults, QWidget* 
     , m_processes(state.helper(), state.audit())
 {
     setObjectName(QStringLiteral("page-memoryUsage"));
-    m_installer = new HelperInstaller(state.helper(), state.helperService(), this);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(makeHeading(QStringLiteral("Memory Usage"), this));
 
     auto* split = new QSplitter(Qt::Vertical, this);
     split->setObjectName(QStringLiteral("memorySplit"));
     split->setChildrenCollapsible(false);
-    m_monitor = new MemoryMonitorView(state, *m_installer, split);
+    m_monitor = new MemoryMonitorView(state, split);
     split->addWidget(m_monitor);
 
     auto* lower = new QWidget(split);
@@ -58,14 +60,13 @@ MemoryUsagePage::MemoryUsagePage(AppState& state, QSettings& defaults, QWidget* 
     lowerLayout->setContentsMargins(0, 0, 0, 0);
     m_helperPrompt = new QWidget(lower);
     m_helperPrompt->setObjectName(QStringLiteral("systemMemoryPrompt"));
-    auto* promptLayout = new QHBoxLayout(m_helperPrompt);
+    auto* promptLayout = new QVBoxLayout(m_helperPrompt);
     promptLayout->setContentsMargins(0, 0, 0, 0);
-    m_helperPromptText = new QLabel(m_helperPrompt);
-    m_helperPromptText->setWordWrap(true);
-    promptLayout->addWidget(m_helperPromptText, 1);
-    auto* setUp = new QPushButton(QStringLiteral("Set Up"), m_helperPrompt);
-    setUp->setObjectName(QStringLiteral("setUpHelperForMemory"));
-    promptLayout->addWidget(setUp, 0, Qt::AlignTop);
+    m_helperPromptText = new WrappedLabel(ProcessTexts::installHelperForMemory()
+            + QStringLiteral(" — /proc hides other users’ processes from you, so the list leaves them out."),
+        QStringLiteral("systemMemoryPromptText"), m_helperPrompt);
+    promptLayout->addWidget(m_helperPromptText);
+    promptLayout->addWidget(new HelperSetupButton(state.helper(), state.helperService(), m_helperPrompt));
     lowerLayout->addWidget(m_helperPrompt);
     lowerLayout->addWidget(makeToolbar());
 
@@ -105,10 +106,11 @@ MemoryUsagePage::MemoryUsagePage(AppState& state, QSettings& defaults, QWidget* 
         header->resizeSection(
             column, metrics.horizontalAdvance(text) + room + (column == 0 ? m_table->indentation() * 2 : 0));
     m_body->addWidget(m_table);
-    m_empty = new QLabel(QStringLiteral("Reading the process list…"), m_body);
+    m_empty = new EmptyState(style()->standardIcon(QStyle::SP_FileDialogContentsView),
+        QStringLiteral("Reading the process list…"), QStringLiteral("The first figures arrive in a moment."), m_body);
     m_empty->setObjectName(QStringLiteral("processesEmpty"));
-    m_empty->setAlignment(Qt::AlignCenter);
-    m_empty->setWordWrap(true);
+    m_clearSearch = m_empty->addAction(QStringLiteral("Clear Search"), QStringLiteral("clearProcessSearch"));
+    m_showSystemToo = m_empty->addAction(QStringLiteral("Show System Processes"), QStringLiteral("showSystemToo"));
     m_body->addWidget(m_empty);
     m_body->setCurrentWidget(m_empty);
     lowerLayout->addWidget(m_body, 1);
@@ -118,9 +120,9 @@ MemoryUsagePage::MemoryUsagePage(AppState& state, QSettings& defaults, QWidget* 
     layout->addWidget(split, 1);
 
     connect(&m_sampler, &ProcessSampler::sampled, this, &MemoryUsagePage::showSample);
-    connect(setUp, &QPushButton::clicked, m_installer, &HelperInstaller::install);
     connect(&state.helper(), &HelperManager::changed, this, &MemoryUsagePage::showHelperPrompt);
-    connect(m_installer, &HelperInstaller::finished, this, &MemoryUsagePage::showHelperPrompt);
+    connect(m_clearSearch, &QPushButton::clicked, m_search, &QLineEdit::clear);
+    connect(m_showSystemToo, &QPushButton::clicked, m_showSystem, [this] { m_showSystem->setChecked(true); });
     connect(m_table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &MemoryUsagePage::updateActions);
     connect(m_sorted, &QAbstractItemModel::dataChanged, this, &MemoryUsagePage::updateActions);
     for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
@@ -134,6 +136,7 @@ MemoryUsagePage::MemoryUsagePage(AppState& state, QSettings& defaults, QWidget* 
         menu->popup(m_table->viewport()->mapToGlobal(at));
     });
     showHelperPrompt();
+    showBody();
     updateActions();
 }
 
@@ -149,7 +152,7 @@ QWidget* MemoryUsagePage::makeToolbar()
     m_search->setPlaceholderText(QStringLiteral("Search by name, user or PID"));
     m_search->setClearButtonEnabled(true);
     layout->addWidget(m_search, 0, 0);
-    auto* every = new QLabel(QStringLiteral("Update every"), bar);
+    auto* every = new WrappedLabel(QStringLiteral("Update every"), bar);
     layout->addWidget(every, 0, 1);
     m_interval = new QComboBox(bar);
     m_interval->setObjectName(QStringLiteral("refreshInterval"));
@@ -176,6 +179,7 @@ QWidget* MemoryUsagePage::makeToolbar()
         m_defaults.setValue(showSystemKey, show);
         m_model->setShowSystem(show);
         showHelperPrompt();
+        showBody();
     });
     connect(m_interval, &QComboBox::currentIndexChanged, this, [this] {
         const int seconds = m_interval->currentData().toInt();
@@ -188,11 +192,11 @@ QWidget* MemoryUsagePage::makeToolbar()
 QWidget* MemoryUsagePage::makeActionRow()
 {
     auto* row = new QWidget(this);
-    auto* layout = new QHBoxLayout(row);
-    layout->setContentsMargins(0, 0, 0, 0);
-    m_detail = new QLabel(row);
-    m_detail->setObjectName(QStringLiteral("processDetail"));
-    m_detail->setWordWrap(true);
+    auto* column = new QVBoxLayout(row);
+    column->setContentsMargins(0, 0, 0, 0);
+    auto* layout = new QHBoxLayout;
+    column->addLayout(layout);
+    m_detail = new WrappedLabel({}, QStringLiteral("processDetail"), row);
     m_detail->setTextFormat(Qt::RichText);
     m_detail->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(m_detail, 1);
@@ -213,6 +217,8 @@ QWidget* MemoryUsagePage::makeActionRow()
     m_forceQuit = new QPushButton(QStringLiteral("Force Quit…"), row);
     m_forceQuit->setObjectName(QStringLiteral("forceQuitProcess"));
     layout->addWidget(m_forceQuit, 0, Qt::AlignTop);
+    m_outcome = new OutcomeLine(QStringLiteral("processActionOutcome"), row);
+    column->addWidget(m_outcome);
     connect(m_quit, &QPushButton::clicked, this, [this] { quitSelected(false); });
     connect(m_forceQuit, &QPushButton::clicked, this, [this] { quitSelected(true); });
     return row;
@@ -253,30 +259,28 @@ void MemoryUsagePage::showHelperPrompt()
     const bool needed = m_showSystem->isChecked() && m_sampler.snapshot().systemProcessesHidden
         && helper.state() != HelperManager::State::ready;
     m_helperPrompt->setVisible(needed);
-    if (!needed)
-        return;
-    QString text = ProcessTexts::installHelperForMemory()
-        + QStringLiteral(" — /proc hides other users’ processes from you, so the list leaves them out.");
-    if (m_installer->isInstalling())
-        text = QStringLiteral("Installing the helper — approve it as an administrator…");
-    else if (helper.state() == HelperManager::State::failed)
-        text += QStringLiteral("\n⚠ ") + helper.failureMessage();
-    m_helperPromptText->setText(text);
 }
 
 void MemoryUsagePage::showBody()
 {
     const bool any = m_sorted->rowCount() > 0;
     m_body->setCurrentWidget(any ? static_cast<QWidget*>(m_table) : m_empty);
+    const QString search = m_search->text().trimmed();
+    m_clearSearch->setVisible(m_sampler.hasSample() && !search.isEmpty());
+    m_showSystemToo->setVisible(m_sampler.hasSample() && !m_showSystem->isChecked());
     if (any || !m_sampler.hasSample())
         return;
-    const QString search = m_search->text().trimmed();
-    m_empty->setText(!search.isEmpty() ? QStringLiteral("No process matches “%1” — check the spelling, or turn on "
-                                                        "showing the system’s processes.")
-                                             .arg(search)
-                                       : QStringLiteral("No processes of yours are running. Turn on “%1” to see the "
-                                                        "system’s own.")
-                                             .arg(ProcessTexts::showSystemProcesses()));
+    if (!search.isEmpty()) {
+        m_empty->setTitle(QStringLiteral("No process matches “%1”").arg(search));
+        m_empty->setMessage(m_showSystem->isChecked()
+                ? QStringLiteral("Check the spelling, or search for part of the name, the user or the PID.")
+                : QStringLiteral("Check the spelling, or show the system’s processes too — the one you look for "
+                                 "may be owned by root or a service account."));
+    } else {
+        m_empty->setTitle(QStringLiteral("No processes of yours are running"));
+        m_empty->setMessage(QStringLiteral("Show the system’s processes to see those owned by root and the service "
+                                           "accounts."));
+    }
 }
 
 void MemoryUsagePage::updateActions()
@@ -327,6 +331,7 @@ void MemoryUsagePage::quitSelected(bool force)
     if (box.clickedButton() != confirm)
         return;
     act(m_model->keyAt(current), force ? QStringLiteral("Force quitting…") : QStringLiteral("Quitting…"),
+        force ? ProcessTexts::forceQuitDone(name) : ProcessTexts::quitDone(name), name,
         [this, target = *target, force](ProcessList::Done done) {
             force ? m_processes.forceQuit(target, std::move(done)) : m_processes.quit(target, std::move(done));
         });
@@ -338,22 +343,32 @@ void MemoryUsagePage::prioritiseSelected(PriorityBand band)
     const auto target = m_model->targetAt(current);
     if (!target)
         return;
-    act(m_model->keyAt(current), QStringLiteral("Changing priority…"),
-        [this, target = *target, band](
-            ProcessList::Done done) { m_processes.setPriority(target, band, std::move(done)); });
+    act(m_model->keyAt(current), QStringLiteral("Changing priority…"), ProcessTexts::priorityDone(target->name, band),
+        target->name, [this, target = *target, band](ProcessList::Done done) {
+            m_processes.setPriority(target, band, std::move(done));
+        });
 }
 
-void MemoryUsagePage::act(const QString& key, const QString& working, std::function<void(ProcessList::Done)> start)
+void MemoryUsagePage::act(const QString& key, const QString& working, const QString& done, const QString& name,
+    std::function<void(ProcessList::Done)> start)
 {
     m_model->setMessage(key, working, false);
+    m_outcome->clear();
     updateActions();
-    start([this, key, guard = QPointer(this)](ProcessActionOutcome outcome) {
+    start([this, key, done, name, guard = QPointer(this)](ProcessActionOutcome outcome) {
         if (!guard)
             return;
         m_model->setMessage(key,
             outcome.success ? (outcome.alreadyEnded ? QStringLiteral("Had already ended") : QString())
                             : outcome.sentence,
             !outcome.success);
+        // The row may be gone by the next sample, so the sentence also stays under the buttons.
+        if (!outcome.success)
+            m_outcome->showFailure(outcome.sentence);
+        else if (outcome.alreadyEnded)
+            m_outcome->showNote(ProcessTexts::alreadyEnded(name));
+        else
+            m_outcome->showSuccess(done);
         updateActions();
         m_sampler.sampleNow();
     });

@@ -7,12 +7,12 @@
 #include <QWidget>
 
 class AppState;
-class HelperInstaller;
+class EmptyState;
 class MemoryMonitorView;
+class OutcomeLine;
 class ProcessTreeModel;
 class QCheckBox;
 class QComboBox;
-class QLabel;
 class QLineEdit;
 class QMenu;
 class QPushButton;
@@ -21,6 +21,7 @@ class QSortFilterProxyModel;
 class QStackedWidget;
 class QToolButton;
 class QTreeView;
+class WrappedLabel;
 
 // The Memory Usage section: the memory monitor on top, the process list below it, sortable and searchable,
 // with Quit, Force Quit and the priority menu for the selected row. Samples are taken only while the section
@@ -37,7 +38,9 @@ public:
     QSortFilterProxyModel& sortedModel() { return *m_sorted; }
     QTreeView* table() const { return m_table; }
     MemoryMonitorView* monitor() const { return m_monitor; }
-    QLabel* detailLine() const { return m_detail; }
+    WrappedLabel* detailLine() const { return m_detail; }
+    OutcomeLine* actionOutcome() const { return m_outcome; }
+    EmptyState* emptyState() const { return m_empty; }
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -53,25 +56,30 @@ private:
     void updateActions();
     void quitSelected(bool force);
     void prioritiseSelected(PriorityBand band);
-    void act(const QString& key, const QString& working, std::function<void(ProcessList::Done)> start);
+    // Starts an action on the row `key`: `working` on the row meanwhile, then `done` (or why it failed) on the row
+    // and under the buttons.
+    void act(const QString& key, const QString& working, const QString& done, const QString& name,
+        std::function<void(ProcessList::Done)> start);
 
     AppState& m_state;
     QSettings& m_defaults;
     ProcessSampler m_sampler;
     ProcessList m_processes;
-    HelperInstaller* m_installer = nullptr;
     ProcessTreeModel* m_model = nullptr;
     QSortFilterProxyModel* m_sorted = nullptr;
     MemoryMonitorView* m_monitor = nullptr;
     QWidget* m_helperPrompt = nullptr;
-    QLabel* m_helperPromptText = nullptr;
+    WrappedLabel* m_helperPromptText = nullptr;
     QLineEdit* m_search = nullptr;
     QCheckBox* m_showSystem = nullptr;
     QComboBox* m_interval = nullptr;
     QStackedWidget* m_body = nullptr;
     QTreeView* m_table = nullptr;
-    QLabel* m_empty = nullptr;
-    QLabel* m_detail = nullptr;
+    EmptyState* m_empty = nullptr;
+    QPushButton* m_clearSearch = nullptr;   // on the empty state, while a search finds nothing
+    QPushButton* m_showSystemToo = nullptr; // on the empty state, while the system's processes are left out
+    WrappedLabel* m_detail = nullptr;
+    OutcomeLine* m_outcome = nullptr; // how the last action went, under its buttons
     QPushButton* m_quit = nullptr;
     QPushButton* m_forceQuit = nullptr;
     QToolButton* m_priority = nullptr;

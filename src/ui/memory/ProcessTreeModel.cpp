@@ -337,7 +337,7 @@ QVariant ProcessTreeModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole: return display(group, process, index.column());
     case sortRole: return sortValue(group, process, index.column());
     case Qt::ToolTipRole:
-        if (index.column() == name)
+        if (index.column() == name || index.column() == user)
             return describe(index);
         if (index.column() == status)
             return display(group, process, status);
