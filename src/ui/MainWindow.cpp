@@ -18,6 +18,7 @@
 #include "ui/usage/UsagePage.h"
 
 #include <QCloseEvent>
+#include <QScreen>
 #include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -45,8 +46,10 @@ MainWindow::MainWindow(AppState& state, SettingsRouter& router, QSettings& defau
     , m_startup(defaults, &state.permissions())
 {
     setWindowTitle(QStringLiteral("Velloru"));
-    resize(1080, 700);
     setMinimumSize(760, 480);
+    // A first launch opens at a comfortable size, but never larger than a small screen; later launches
+    // restore where the window was left (below).
+    resize(QSize(1080, 700).boundedTo(screen()->availableGeometry().size()).expandedTo(minimumSize()));
 
     m_steps = new QStackedWidget(this);
     auto* welcome = new WelcomeStep(m_steps);
@@ -99,13 +102,17 @@ QWidget* MainWindow::makePage(Destination destination)
     switch (destination) {
     case Destination::dashboard: return new DashboardPage(m_state, m_detail);
     case Destination::diskUsage: {
-        MoveToTrash moveToTrash = [this](const QString& path) -> std::optional<QString> {
-            TrashRecorder recorder(m_state.audit().journal(), Destinations::title(Destination::diskUsage));
-            const TrashResult result = m_state.trasher().moveToTrash(TrashRequests::measured({path}), &recorder);
-            m_state.audit().record(recorder);
-            if (result.failed.isEmpty())
-                return std::nullopt;
-            return result.failed.first().reason;
+        // Runs on a worker thread; the log is folded on the main thread, in the answer.
+        MoveToTrash moveToTrash = [&state = m_state](const QString& path) -> TrashAnswer {
+            auto recorder
+                = std::make_shared<TrashRecorder>(state.audit().journal(), Destinations::title(Destination::diskUsage));
+            const TrashResult result = state.trasher().moveToTrash(TrashRequests::measured({path}), recorder.get());
+            return [&state, recorder, result]() -> std::optional<QString> {
+                state.audit().record(*recorder);
+                if (result.failed.isEmpty())
+                    return std::nullopt;
+                return result.failed.first().reason;
+            };
         };
         return new UsagePage(m_defaults, std::move(moveToTrash), m_detail);
     }

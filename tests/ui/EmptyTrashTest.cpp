@@ -17,6 +17,19 @@
 
 TEST(DashboardPage, EmptiesTheTrashThroughTheHelperAfterTheWarning)
 {
+    // With nothing in the Trash the helper is not what keeps Empty Trash off, so Set Up is not offered.
+    {
+        AppState state;
+        DashboardPage page(state);
+        QSignalSpy shown(&page, &DashboardPage::trashSummaryShown);
+        page.show();
+        ASSERT_TRUE(shown.wait(5000));
+        EXPECT_FALSE(page.emptyTrashButton()->isEnabled());
+        auto* setUp = page.findChild<QPushButton*>(QStringLiteral("helperSetUpButton"));
+        ASSERT_TRUE(setUp);
+        EXPECT_FALSE(setUp->isVisible());
+    }
+
     const QString trashed = homeTrashPath() + QStringLiteral("/files/old.txt");
     QDir().mkpath(homeTrashPath() + QStringLiteral("/info"));
     QDir().mkpath(homeTrashPath() + QStringLiteral("/files"));
