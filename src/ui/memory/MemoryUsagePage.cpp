@@ -296,9 +296,11 @@ void MemoryUsagePage::updateActions()
     }
     QString detail = m_model->describe(current).toHtmlEscaped();
     const QModelIndex status = m_model->index(current.row(), ProcessTreeModel::status, current.parent());
-    if (const QString word = status.data().toString(); !word.isEmpty()) {
+    // A row's failure is said whole here, unless the line under the buttons says it already.
+    const QString word = status.data().toString();
+    if (!word.isEmpty() && !(m_outcome->isVisibleTo(this) && m_outcome->text() == word)) {
         const QVariant colour = status.data(Qt::ForegroundRole);
-        detail += colour.isValid() ? QStringLiteral("<br><span style=\"color:%1\">⚠ %2</span>")
+        detail += colour.isValid() ? QStringLiteral("<br><span style=\"color:%1\">%2</span>")
                                          .arg(colour.value<QColor>().name(), word.toHtmlEscaped())
                                    : QStringLiteral("<br>") + word.toHtmlEscaped();
     }

@@ -1,13 +1,10 @@
 #include "ui/memory/ProcessTreeModel.h"
 
 #include "common/ByteCount.h"
+#include "ui/widgets/OutcomeLine.h"
 
-#include <QApplication>
 #include <QColor>
-#include <QGuiApplication>
-#include <QPalette>
 #include <QSet>
-#include <QStyle>
 
 #include <cmath>
 
@@ -344,16 +341,14 @@ QVariant ProcessTreeModel::data(const QModelIndex& index, int role) const
         return {};
     case Qt::DecorationRole:
         if (index.column() == status && m_messages.value(process ? processKey(*process) : group.key).failed)
-            return QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
+            return OutcomeLine::iconFor(OutcomeLine::Kind::failure);
         return {};
     case Qt::TextAlignmentRole:
         return isNumeric(index.column()) ? QVariant(int(Qt::AlignRight | Qt::AlignVCenter)) : QVariant();
     case Qt::ForegroundRole: {
         const QString key = process ? processKey(*process) : group.key;
         if (index.column() == status && m_messages.value(key).failed)
-            return QColor(0xc0, 0x39, 0x2b);
-        if (process && !process->figuresKnown)
-            return QGuiApplication::palette().color(QPalette::Disabled, QPalette::Text);
+            return OutcomeLine::colorFor(OutcomeLine::Kind::failure);
         return {};
     }
     default: return {};
