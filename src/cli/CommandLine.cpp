@@ -54,6 +54,15 @@ const Command commands[] = {
         "Lists what starts by itself at login (apps, background agents, system daemons) with its state, or "
         "switches one off or on, or moves it to the Trash.",
         runStartupCommand},
+    {"processes", "processes [--all] [--sort cpu|memory] [--json]",
+        "Lists the running processes with their owner, CPU share, memory and priority; --all adds the ones owned "
+        "by the system.",
+        runProcessesCommand},
+    {"quit", "quit PID [--force]",
+        "Asks a process (or the app it is the main process of) to quit; --force ends it at once.", runQuitCommand},
+    {"priority", "priority PID high|normal|low", "Moves a process to another priority.", runPriorityCommand},
+    {"memory", "memory [--json]", "Shows how memory is used, how pressed the system is, and the apps using the most.",
+        runMemoryCommand},
 };
 
 void printHelp(QTextStream& out)

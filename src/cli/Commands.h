@@ -24,6 +24,10 @@ int runTrashSummaryCommand(CommandContext& context);
 int runHelperCommand(CommandContext& context);
 int runMaintenanceCommand(CommandContext& context);
 int runStartupCommand(CommandContext& context);
+int runProcessesCommand(CommandContext& context);
+int runQuitCommand(CommandContext& context);
+int runPriorityCommand(CommandContext& context);
+int runMemoryCommand(CommandContext& context);
 
 // A command's options are its arguments before the first "--"; after it every argument is a name or a path,
 // even one that begins with a dash (so "velloru trash -- -file" means the file "-file").

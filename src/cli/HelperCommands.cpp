@@ -1,4 +1,5 @@
 #include "cli/Commands.h"
+#include "cli/WaitFor.h"
 
 #include "common/StoragePaths.h"
 #include "helper/HelperManager.h"
@@ -13,27 +14,8 @@
 #include "removal/AuditLog.h"
 
 #include <QDir>
-#include <QEventLoop>
 
 using namespace std::chrono_literals;
-
-namespace {
-
-// Commands finish their helper calls before returning; the answer arrives through the event loop.
-template <typename Answer, typename Start> Answer waitFor(Start start)
-{
-    std::optional<Answer> answer;
-    QEventLoop loop;
-    start([&](Answer value) {
-        answer = std::move(value);
-        loop.quit();
-    });
-    if (!answer)
-        loop.exec();
-    return std::move(*answer);
-}
-
-} // namespace
 
 int runHelperCommand(CommandContext& context)
 {

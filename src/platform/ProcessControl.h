@@ -23,6 +23,12 @@ bool isKernelThread(int pid, const QString& procRoot = QStringLiteral("/proc"));
 int sendSignal(int pid, int signal);
 int setNiceValue(int pid, int nice);
 
+// The same for the process that started at `startTicks` only: a later process given the same pid is never
+// touched, and answers ESRCH as if the process had gone. The signal goes through a descriptor of the process
+// (pidfd), so nothing can take its place between the check and the signal.
+int sendSignalToSame(int pid, quint64 startTicks, int signal);
+int setNiceValueOfSame(int pid, quint64 startTicks, int nice);
+
 class QProcess;
 // Makes the process, once started, the leader of a process group of its own, so that whatever it starts
 // can be stopped with it.

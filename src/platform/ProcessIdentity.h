@@ -11,6 +11,9 @@ struct ProcessIdentity {
     quint64 startTicks = 0;
 
     static ProcessIdentity current();
-    // Whether that very process is still running.
+    // Whether that very process is still running; one that has ended but waits for its parent to collect it
+    // has not.
     bool isRunning() const;
+
+    friend bool operator==(const ProcessIdentity&, const ProcessIdentity&) = default;
 };

@@ -31,9 +31,7 @@ public:
     // Reads the process table now, on this thread.
     void refresh();
 
-    // The set above for these processes and apps. A process belongs to an app when its program name equals
-    // the app's, when it runs the Flatpak app, or when its program lies in the app's own program folder
-    // (as Chrome's does under /opt/google/chrome; the shared bin folders do not count).
+    // The set above for these processes and apps (which process belongs to which app: see AppMatcher).
     static QSet<QString> identifiersOf(const QList<ProcessInfo>& processes, const QList<InstalledApp>& apps);
 
 Q_SIGNALS:

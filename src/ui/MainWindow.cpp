@@ -15,6 +15,7 @@
 #include "ui/SidebarView.h"
 #include "ui/WelcomeStep.h"
 #include "ui/startup/LoginItemsPage.h"
+#include "ui/memory/MemoryUsagePage.h"
 #include "ui/usage/UsagePage.h"
 
 #include <QCloseEvent>
@@ -116,6 +117,7 @@ QWidget* MainWindow::makePage(Destination destination)
         };
         return new UsagePage(m_defaults, std::move(moveToTrash), m_detail);
     }
+    case Destination::memoryUsage: return new MemoryUsagePage(m_state, m_defaults, m_detail);
     case Destination::maintenance: return new MaintenancePage(m_state, m_detail);
     case Destination::loginItems: return new LoginItemsPage(m_state, m_detail);
     case Destination::auditLog: return new ActivityPage(m_state.audit(), m_state.trashWatcher(), m_detail);

@@ -131,6 +131,25 @@ TEST(JsonContract, EveryCommandKeepsItsKeysAndTheirTypes)
     EXPECT_TRUE(reaches(cleaned, {"moved", "trashPath"}));
     EXPECT_EQ(contractBreaches(cleaned, contract(trashResultContract)), QStringList());
 
+    const QJsonValue processes
+        = home.json({QStringLiteral("processes"), QStringLiteral("--all"), QStringLiteral("--json")});
+    EXPECT_TRUE(reaches(processes, {"processes", "priority"}));
+    EXPECT_EQ(contractBreaches(processes, contract(R"({"memoryFigure": "string", "systemProcessesHidden": "boolean",
+        "processes": [{"id": "integer", "name": "string", "path": "string", "bundleID": "string|null",
+            "memory": "integer", "cpu": "number", "uid": "integer", "nice": "integer", "isApp": "boolean",
+            "isRegularApp": "boolean", "isResponding": "boolean", "startTicks": "integer", "parentID": "integer",
+            "appName": "string", "user": "string", "isSystem": "boolean", "figuresKnown": "boolean",
+            "priority": "string"}]})")),
+        QStringList());
+
+    const QJsonValue memory = home.json({QStringLiteral("memory"), QStringLiteral("--json")});
+    EXPECT_TRUE(reaches(memory, {"largest", "processes"}));
+    EXPECT_EQ(contractBreaches(memory, contract(R"({"total": "integer", "used": "integer", "available": "integer",
+        "cached": "integer", "swapTotal": "integer", "swapUsed": "integer", "pressure": "string",
+        "pressureFromStalls": "boolean", "stallSomeAvg10?": "number", "stallFullAvg10?": "number",
+        "largest": [{"name": "string", "isApp": "boolean", "memory": "integer", "processes": "integer"}]})")),
+        QStringList());
+
     // The trash above wrote one moved entry (a name that does not exist is a slip, not a failed removal),
     // the clean two moved ones.
     const QJsonValue activity = home.json({QStringLiteral("activity"), QStringLiteral("--json")});

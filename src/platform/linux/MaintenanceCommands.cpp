@@ -1,5 +1,7 @@
 #include "platform/MaintenanceCommands.h"
 
+#include "platform/MemoryStatus.h"
+
 #include <QFile>
 
 QHash<QString, QList<QStringList>> defaultMaintenanceCommands()
@@ -34,18 +36,8 @@ QString packageProviding(const QString& program)
 
 std::optional<qint64> cachedFileMemory()
 {
-    QFile meminfo(QStringLiteral("/proc/meminfo"));
-    if (!meminfo.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    for (const QByteArray& line : meminfo.readAll().split('\n')) {
-        if (!line.startsWith("Cached:"))
-            continue;
-        bool ok = false;
-        const qint64 kilobytes = line.mid(7).trimmed().split(' ').first().toLongLong(&ok);
-        if (ok)
-            return kilobytes * 1024;
-    }
-    return std::nullopt;
+    const auto reading = readMemoryInfo();
+    return reading ? std::optional(reading->cached) : std::nullopt;
 }
 
 bool dropCleanPageCache()

@@ -1,5 +1,7 @@
 #include "platform/ProcessControl.h"
 
+#include "platform/ProcessIdentity.h"
+
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -7,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
@@ -74,6 +77,28 @@ int sendSignal(int pid, int signal)
 int setNiceValue(int pid, int nice)
 {
     return ::setpriority(PRIO_PROCESS, id_t(pid), nice) == 0 ? 0 : errno;
+}
+
+int sendSignalToSame(int pid, quint64 startTicks, int signal)
+{
+    const int process = int(::syscall(SYS_pidfd_open, pid_t(pid), 0));
+    if (process < 0 && errno != ENOSYS)
+        return errno;
+    int error = 0;
+    if (!ProcessIdentity{pid, startTicks}.isRunning())
+        error = ESRCH;
+    else if (process < 0)
+        error = sendSignal(pid, signal); // a kernel before 5.3
+    else if (::syscall(SYS_pidfd_send_signal, process, signal, nullptr, 0) != 0)
+        error = errno;
+    if (process >= 0)
+        ::close(process);
+    return error;
+}
+
+int setNiceValueOfSame(int pid, quint64 startTicks, int nice)
+{
+    return ProcessIdentity{pid, startTicks}.isRunning() ? setNiceValue(pid, nice) : ESRCH;
 }
 
 void startInGroupOfItsOwn(QProcess& process)

@@ -2,7 +2,9 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
+
+#include <climits>
+#include <unistd.h>
 
 namespace {
 
@@ -32,23 +34,39 @@ QString flatpakAppFromControlGroup(const QByteArray& cgroup)
 
 } // namespace
 
+std::optional<QString> executablePathOf(int pid, const QString& procRoot)
+{
+    const QByteArray link = QFile::encodeName(procRoot + QStringLiteral("/%1/exe").arg(pid));
+    char target[PATH_MAX];
+    const ssize_t length = ::readlink(link.constData(), target, sizeof target);
+    if (length < 1)
+        return std::nullopt;
+    return QString::fromUtf8(target, length);
+}
+
+ProcessInfo readProcessInfo(int pid, const QString& procRoot)
+{
+    const QString base = procRoot + QLatin1Char('/') + QString::number(pid);
+    ProcessInfo info;
+    info.executablePath = executablePathOf(pid, procRoot).value_or(QString());
+    const QByteArray commandLine = readSmallFile(base + QStringLiteral("/cmdline"));
+    info.firstArgument = QString::fromUtf8(commandLine.left(commandLine.indexOf('\0')));
+    info.flatpakAppID = flatpakAppFromControlGroup(readSmallFile(base + QStringLiteral("/cgroup")));
+    return info;
+}
+
 QList<ProcessInfo> listProcesses(const QString& procRoot)
 {
     QList<ProcessInfo> processes;
     const QStringList entries = QDir(procRoot).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString& entry : entries) {
         bool isPid = false;
-        entry.toLongLong(&isPid);
+        const int pid = entry.toInt(&isPid);
         if (!isPid)
             continue;
-        const QString base = procRoot + QLatin1Char('/') + entry;
-        ProcessInfo info;
-        info.executablePath = QFileInfo(base + QStringLiteral("/exe")).symLinkTarget();
-        const QByteArray commandLine = readSmallFile(base + QStringLiteral("/cmdline"));
-        info.firstArgument = QString::fromUtf8(commandLine.left(commandLine.indexOf('\0')));
-        info.flatpakAppID = flatpakAppFromControlGroup(readSmallFile(base + QStringLiteral("/cgroup")));
+        ProcessInfo info = readProcessInfo(pid, procRoot);
         if (!info.executablePath.isEmpty() || !info.firstArgument.isEmpty() || !info.flatpakAppID.isEmpty())
-            processes.append(info);
+            processes.append(std::move(info));
     }
     return processes;
 }

@@ -6,14 +6,29 @@
 #include <pwd.h>
 #include <vector>
 
-std::optional<QString> homeFolderOf(unsigned uid)
+namespace {
+
+// One text field of a user's entry in the password database.
+std::optional<QString> passwordField(unsigned uid, char* passwd::*field)
 {
     passwd entry{};
     passwd* found = nullptr;
     std::vector<char> buffer(16 * 1024);
-    if (::getpwuid_r(uid, &entry, buffer.data(), buffer.size(), &found) != 0 || !found || !found->pw_dir)
+    if (::getpwuid_r(uid, &entry, buffer.data(), buffer.size(), &found) != 0 || !found || !(found->*field))
         return std::nullopt;
-    return QFile::decodeName(found->pw_dir);
+    return QFile::decodeName(found->*field);
+}
+
+} // namespace
+
+std::optional<QString> homeFolderOf(unsigned uid)
+{
+    return passwordField(uid, &passwd::pw_dir);
+}
+
+std::optional<QString> userNameOf(unsigned uid)
+{
+    return passwordField(uid, &passwd::pw_name);
 }
 
 QStringList allHomeFolders()
