@@ -14,8 +14,10 @@ ScanExclusions::ScanExclusions(QString dataFolder)
     const JsonLoad loaded = loadJsonFile(m_file);
     if (loaded.status != JsonLoad::Status::loaded)
         return;
-    if (!loaded.document.isArray())
-        return setAsideUnusableFile(m_file, QStringLiteral("not a list of paths"));
+    if (!loaded.document.isArray()) {
+        setAsideUnusableFile(m_file, QStringLiteral("not a list of paths"));
+        return;
+    }
     for (const QJsonValue& value : loaded.document.array())
         if (value.isString() && value.toString().startsWith(QLatin1Char('/')))
             m_paths.append(value.toString());
