@@ -23,6 +23,7 @@ int runPutBackCommand(CommandContext& context);
 int runTrashSummaryCommand(CommandContext& context);
 int runHelperCommand(CommandContext& context);
 int runMaintenanceCommand(CommandContext& context);
+int runVaultCommand(CommandContext& context);
 
 // A command's options are its arguments before the first "--"; after it every argument is a name or a path,
 // even one that begins with a dash (so "velloru trash -- -file" means the file "-file").
