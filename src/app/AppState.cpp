@@ -48,6 +48,7 @@ AppState::AppState()
     , m_running(m_inventory)
     , m_trasher(&m_helperTrash)
     , m_smartScan(m_inventory, m_running, m_trasher, m_audit, SmartScanLocations::forHome(QDir::homePath()))
+    , m_vault(StoragePaths::dataFolder(), m_audit, m_trasher)
     , m_permissions(m_defaults, permissionChecks(m_helper, m_helperService, m_fullDisk),
           DefaultsKey::permissionsEverGranted, DefaultsKey::permissionsRemindSuppressed)
 {
@@ -61,6 +62,10 @@ AppState::AppState()
     if (m_helper.state() == HelperManager::State::ready && !HelperProtocol::socketOverridden())
         QTimer::singleShot(0, &m_helperRefresh, [this] { m_helperRefresh.checkAndRefresh(); });
     m_inventory.startMonitoring();
+    m_vault.load();
+    // The Duplicates badge counts the copies held in the vault.
+    connect(&m_vault, &DuplicateVaultController::changed, this, &AppState::countVault);
+    countVault();
     // Installing the helper from any Set Up button changes the checklist too.
     connect(&m_helper, &HelperManager::changed, &m_permissions, &PermissionCenter::update);
 }
@@ -101,6 +106,13 @@ void AppState::startBackgroundServices()
     m_helper.refreshState(m_helperService);
 }
 
+void AppState::countVault()
+{
+    SidebarCounts::Counts counts = m_counts.counts();
+    counts.insert(Destination::duplicates, int(m_vault.entries().size()));
+    m_counts.setCounts(std::move(counts));
+}
+
 void AppState::refreshCounts()
 {
     if (m_countsTask)
@@ -108,6 +120,7 @@ void AppState::refreshCounts()
     m_countsTask = runInBackground(
         this, [home = QDir::homePath()] { return countSections(home); },
         [this](SidebarCounts::Counts counts) {
+            counts.insert(Destination::duplicates, int(m_vault.entries().size()));
             m_counts.setCounts(std::move(counts));
             m_countsTask.reset();
             Q_EMIT countsRefreshed();
