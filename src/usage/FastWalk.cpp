@@ -202,7 +202,7 @@ void FastWalk::drive()
         }
         if (reported < branches.size())
             publish(Progress{std::move(scanning), progress.measured, progress.measuredTotal, false,
-                progress.rootFileBytes, progress.rootFileCount, {}});
+                progress.rootFileBytes, progress.rootFileCount, {}, {}});
     }
     m_workers.clear(); // joins every worker
     if (cancelled)
