@@ -14,6 +14,7 @@
 #include "ui/SettingsWindow.h"
 #include "ui/SidebarView.h"
 #include "ui/WelcomeStep.h"
+#include "ui/duplicates/DuplicatesPage.h"
 #include "ui/usage/UsagePage.h"
 
 #include <QCloseEvent>
@@ -109,6 +110,7 @@ QWidget* MainWindow::makePage(Destination destination)
         return new UsagePage(m_defaults, std::move(moveToTrash), m_detail);
     }
     case Destination::maintenance: return new MaintenancePage(m_state, m_detail);
+    case Destination::duplicates: return new DuplicatesPage(m_state.vault(), m_detail);
     case Destination::auditLog: return new ActivityPage(m_state.audit(), m_state.trashWatcher(), m_detail);
     default: return new PlaceholderPage(destination, m_detail);
     }
