@@ -1,12 +1,10 @@
 #pragma once
 
 #include <QByteArray>
-#include <QJsonObject>
 #include <QString>
 #include <QUuid>
 
 #include <cstdint>
-#include <optional>
 
 // One copy held in the duplicates vault: where it came from, where it is now, the copy of its set that
 // was kept, and the file's identity when it moved, so that a copy can be recognised wherever it ends up.
@@ -25,10 +23,8 @@ struct VaultEntry {
     std::int64_t mtimeNsec = 0;
     QString volumeUUID;
 
-    // The compact JSON object, keys in the file's fixed order.
+    // The compact JSON object, keys in the file's fixed order (read back by parseVaultList).
     QByteArray toJson() const;
-    // Nothing when a key is missing or holds the wrong kind of value.
-    static std::optional<VaultEntry> fromJson(const QJsonObject& object);
 
     friend bool operator==(const VaultEntry&, const VaultEntry&) = default;
 };

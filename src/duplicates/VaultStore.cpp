@@ -3,12 +3,12 @@
 #include "common/AtomicFile.h"
 #include "common/JsonFile.h"
 #include "common/Log.h"
+#include "duplicates/VaultListParser.h"
 #include "duplicates/VaultNames.h"
 #include "platform/FileStatus.h"
 
 #include <QDir>
 #include <QFile>
-#include <QJsonArray>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -43,25 +43,19 @@ QString VaultStore::homeVault() const
 
 QList<VaultEntry> VaultStore::read() const
 {
-    const JsonLoad load = loadJsonFile(listPath());
-    if (load.status != JsonLoad::Status::loaded)
+    QFile file(listPath());
+    if (!file.exists())
         return {};
-    if (!load.document.isArray()) {
+    if (!file.open(QIODevice::ReadOnly)) {
+        setAsideUnusableFile(listPath(), file.errorString());
+        return {};
+    }
+    std::optional<QList<VaultEntry>> entries = parseVaultList(file.readAll());
+    if (!entries) {
         setAsideUnusableFile(listPath(), QStringLiteral("not a list of held copies"));
         return {};
     }
-    const QJsonArray array = load.document.array();
-    QList<VaultEntry> entries;
-    entries.reserve(array.size());
-    for (const QJsonValue& value : array) {
-        std::optional<VaultEntry> entry = VaultEntry::fromJson(value.toObject());
-        if (!entry) {
-            setAsideUnusableFile(listPath(), QStringLiteral("entry %1 cannot be read").arg(entries.size()));
-            return {};
-        }
-        entries.append(std::move(*entry));
-    }
-    return entries;
+    return std::move(*entries);
 }
 
 std::optional<QString> VaultStore::write(const QList<VaultEntry>& entries) const

@@ -5,6 +5,7 @@
 #include "duplicates/DuplicateTexts.h"
 #include "duplicates/DuplicateVaultController.h"
 #include "duplicates/VaultOrigin.h"
+#include "duplicates/VaultStore.h"
 #include "duplicates/VaultTexts.h"
 #include "removal/AuditLog.h"
 #include "removal/Trasher.h"
@@ -400,4 +401,79 @@ TEST_F(VaultTest, AnUndecodableListIsKeptAsideAndTheVaultStartsEmpty)
         EXPECT_EQ(fresh.entries().size(), 1);
         EXPECT_EQ(readWholeFile(data.path(QStringLiteral("/") + aside.first())), broken);
     }
+}
+
+TEST(VaultList, ReadsBackExactlyWhatItWritesWhateverTheNamesHold)
+{
+    FixtureTree data;
+    const VaultStore store(data.path());
+    QList<VaultEntry> entries;
+    for (const QString& name : {QStringLiteral("plain.jpg"), QStringLiteral("quote \" and \\ backslash"),
+             QStringLiteral("line\nbreak\tand tab"), QStringLiteral("Ünïcödé ✓ 😀"), QStringLiteral("\x01 control")}) {
+        VaultEntry entry;
+        entry.id = QUuid::createUuid();
+        entry.originalPath = QStringLiteral("/home/a/") + name;
+        entry.vaultPath = QStringLiteral("/home/a/.local/share/Velloru/Duplicates Vault") + entry.originalPath;
+        entry.keeperPath = QStringLiteral("/home/a/keep/") + name;
+        entry.size = 9'007'199'254'740'993; // past what a double holds exactly
+        entry.reclaimable = 0;
+        entry.contentHashHex = QStringLiteral("00ff00ff00ff00ff00ff00ff00ff00ff");
+        entry.groupID = QUuid::createUuid();
+        entry.batchID = QUuid::createUuid();
+        entry.movedAt = 785'123'456.789;
+        entry.fileID = 9'223'372'036'854'775'000ULL;
+        entry.mtimeNsec = 1'700'000'000'123'456'789;
+        entry.volumeUUID = QStringLiteral("FSID-0123456789ABCDEF");
+        entries.append(entry);
+    }
+    ASSERT_FALSE(store.write(entries));
+    EXPECT_EQ(store.read(), entries);
+
+    // Another writer's spacing and key order read the same.
+    const QByteArray reordered = R"( [ { "volumeUUID" : "V", "mtimeNsec" : 5, "fileID" : 7, "movedAt" : 1.5,
+        "batchID" : "2B0D4D0F-8A67-4C36-9E0B-5C8F6E1F6A01", "groupID" : "2B0D4D0F-8A67-4C36-9E0B-5C8F6E1F6A02",
+        "contentHashHex" : "ab", "reclaimable" : 3, "size" : 3, "keeperPath" : "/k", "vaultPath" : "/v\/x",
+        "originalPath" : "/o\u00e9\ud83d\ude00", "id" : "2B0D4D0F-8A67-4C36-9E0B-5C8F6E1F6A03", "note" : null } ] )";
+    ASSERT_TRUE(writeFileNamedBytes(QFile::encodeName(store.listPath()), reordered));
+    const QList<VaultEntry> read = store.read();
+    ASSERT_EQ(read.size(), 1);
+    EXPECT_EQ(read.first().originalPath, QStringLiteral("/oé😀"));
+    EXPECT_EQ(read.first().vaultPath, QStringLiteral("/v/x"));
+    EXPECT_EQ(read.first().movedAt, 1.5);
+    EXPECT_EQ(read.first().fileID, 7u);
+}
+
+TEST(VaultList, AnythingButAListOfWholeEntriesIsSetAside)
+{
+    const QByteArray good = R"({"id":"2B0D4D0F-8A67-4C36-9E0B-5C8F6E1F6A03","originalPath":"/o","vaultPath":"/v",)"
+                            R"("keeperPath":"/k","size":3,"reclaimable":3,"contentHashHex":"ab",)"
+                            R"("groupID":"2B0D4D0F-8A67-4C36-9E0B-5C8F6E1F6A02",)"
+                            R"("batchID":"2B0D4D0F-8A67-4C36-9E0B-5C8F6E1F6A01","movedAt":1,"fileID":7,)"
+                            R"("mtimeNsec":5,"volumeUUID":"V"})";
+    const QList<QByteArray> broken = {
+        "{}",
+        "[" + good + "] trailing",
+        "[" + QByteArray(good).replace(R"("size":3,)", "") + "]",
+        "[" + QByteArray(good).replace(R"("size":3)", R"("size":3.5)") + "]",
+        "[" + QByteArray(good).replace(R"("size":3)", R"("size":"3")") + "]",
+        "[" + QByteArray(good).replace(R"("size":3)", R"("size":-3)") + "]",
+        "[" + QByteArray(good).replace("2B0D4D0F-8A67-4C36-9E0B-5C8F6E1F6A03", "not-a-uuid") + "]",
+        "[" + QByteArray(good).replace(R"("volumeUUID":"V")", R"("volumeUUID":"V","extra":{"a":1})") + "]",
+        "[" + QByteArray(good).replace(R"("originalPath":"/o")", "\"originalPath\":\"/o\xff\"") + "]",
+        "[" + QByteArray(good).replace(R"("originalPath":"/o")", R"("originalPath":"/o\ud800")") + "]",
+        "[" + good + ",]",
+    };
+    for (const QByteArray& text : broken) {
+        SCOPED_TRACE(text.toStdString());
+        FixtureTree data;
+        const VaultStore store(data.path());
+        ASSERT_TRUE(writeFileNamedBytes(QFile::encodeName(store.listPath()), text));
+        EXPECT_TRUE(store.read().isEmpty());
+        EXPECT_FALSE(QFileInfo::exists(store.listPath()));
+        EXPECT_EQ(QDir(data.path()).entryList({QStringLiteral("duplicates-vault.json.unreadable-*")}).size(), 1);
+    }
+    FixtureTree data;
+    const VaultStore store(data.path());
+    ASSERT_TRUE(writeFileNamedBytes(QFile::encodeName(store.listPath()), "[" + good + "]"));
+    EXPECT_EQ(store.read().size(), 1);
 }
