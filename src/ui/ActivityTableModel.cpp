@@ -41,11 +41,16 @@ void ActivityTableModel::setRecoverable(QSet<QUuid> recoverable)
         Q_EMIT dataChanged(index(0, Column::outcome), index(rowCount() - 1, Column::outcome));
 }
 
+bool ActivityTableModel::hasLeftTheTrash(const AuditEntry& entry) const
+{
+    return entry.outcome == AuditOutcome::movedToTrash && m_recoverable && !m_recoverable->contains(entry.id);
+}
+
 QString ActivityTableModel::outcomeText(const AuditEntry& entry) const
 {
-    if (entry.outcome == AuditOutcome::movedToTrash && m_recoverable && !m_recoverable->contains(entry.id))
-        return entry.outcome + QStringLiteral(" — no longer in the Trash");
-    return entry.outcome;
+    // The log keeps what Velloru did; the table says where the item is now, since a Trash emptied elsewhere
+    // (or by Empty Trash) took it for good.
+    return hasLeftTheTrash(entry) ? QStringLiteral("No longer in the Trash") : entry.outcome;
 }
 
 QVariant ActivityTableModel::data(const QModelIndex& index, int role) const
@@ -67,6 +72,9 @@ QVariant ActivityTableModel::data(const QModelIndex& index, int role) const
     }
     if (role == Qt::ToolTipRole && index.column() == Column::path)
         return entry.trashPath ? QStringLiteral("%1\nIn the Trash: %2").arg(entry.path, *entry.trashPath) : entry.path;
+    if (role == Qt::ToolTipRole && index.column() == Column::outcome && hasLeftTheTrash(entry))
+        return QStringLiteral("Moved to the Trash, which has since been emptied (or the item was put back with "
+                              "another program) — Velloru can’t put it back.");
     if (role == Qt::ToolTipRole && index.column() == Column::outcome)
         return outcomeText(entry);
     if (role == Qt::ForegroundRole && index.column() == Column::outcome && failed)
@@ -74,6 +82,8 @@ QVariant ActivityTableModel::data(const QModelIndex& index, int role) const
     if (role == Qt::DecorationRole && index.column() == Column::outcome) {
         if (failed)
             return OutcomeLine::iconFor(OutcomeLine::Kind::failure);
+        if (hasLeftTheTrash(entry))
+            return OutcomeLine::iconFor(OutcomeLine::Kind::note);
         if (entry.outcome == AuditOutcome::movedToTrash)
             return QApplication::style()->standardIcon(QStyle::SP_TrashIcon);
         return OutcomeLine::iconFor(OutcomeLine::Kind::success);

@@ -29,6 +29,8 @@ public:
     void setRecoverable(QSet<QUuid> recoverable);
     bool isRecoverable(const QUuid& id) const { return m_recoverable && m_recoverable->contains(id); }
 
+    // A move whose item is no longer in the Trash, once the Trash has been looked at.
+    bool hasLeftTheTrash(const AuditEntry& entry) const;
     // What the Outcome column says for an entry.
     QString outcomeText(const AuditEntry& entry) const;
 

@@ -99,13 +99,17 @@ QWidget* MainWindow::makePage(Destination destination)
     switch (destination) {
     case Destination::dashboard: return new DashboardPage(m_state, m_detail);
     case Destination::diskUsage: {
-        MoveToTrash moveToTrash = [this](const QString& path) -> std::optional<QString> {
-            TrashRecorder recorder(m_state.audit().journal(), Destinations::title(Destination::diskUsage));
-            const TrashResult result = m_state.trasher().moveToTrash(TrashRequests::measured({path}), &recorder);
-            m_state.audit().record(recorder);
-            if (result.failed.isEmpty())
-                return std::nullopt;
-            return result.failed.first().reason;
+        // Runs on a worker thread; the log is folded on the main thread, in the answer.
+        MoveToTrash moveToTrash = [&state = m_state](const QString& path) -> TrashAnswer {
+            auto recorder
+                = std::make_shared<TrashRecorder>(state.audit().journal(), Destinations::title(Destination::diskUsage));
+            const TrashResult result = state.trasher().moveToTrash(TrashRequests::measured({path}), recorder.get());
+            return [&state, recorder, result]() -> std::optional<QString> {
+                state.audit().record(*recorder);
+                if (result.failed.isEmpty())
+                    return std::nullopt;
+                return result.failed.first().reason;
+            };
         };
         return new UsagePage(m_defaults, std::move(moveToTrash), m_detail);
     }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -95,4 +96,36 @@ TEST(ScanCommand, ListsTheReviewAndCleansExactlyThePreTickedItems)
     EXPECT_TRUE(again.out.contains(QStringLiteral("Nothing selected")));
 
     EXPECT_EQ(home.run({QStringLiteral("scan"), QStringLiteral("--everything")}).status, 2);
+}
+
+TEST(ScanCommand, FindsBrokenLinksTwoLevelsIntoTheUsersOwnFoldersByTheirXdgNames)
+{
+    CommandHome home;
+    // Downloads has a name of its own here, as in a French desktop; Desktop and Documents keep the default.
+    home.tree.write(QStringLiteral("home/.config/user-dirs.dirs"), "XDG_DOWNLOAD_DIR=\"$HOME/Téléchargements\"\n");
+    const auto link = [&home](const char* relative) {
+        const QString path = home.path(relative);
+        QDir().mkpath(QFileInfo(path).path());
+        EXPECT_TRUE(QFile::link(QStringLiteral("/nowhere/at/all"), path));
+        return path;
+    };
+    const QString inDownloads = link("home/Téléchargements/installers/setup");
+    const QString onDesktop = link("home/Desktop/old-game");
+    const QString inDocuments = link("home/Documents/report-link");
+    // Three levels down is a tree of its own (a project, a photo library): not searched.
+    link("home/Documents/projects/app/build-link");
+    // A folder called Downloads that is not the user's download folder here is an ordinary folder of the home.
+    link("home/Downloads/sub/stale");
+
+    const CommandRun listing = home.run({QStringLiteral("scan"), QStringLiteral("--json")});
+    ASSERT_EQ(listing.status, 0) << listing.err.toStdString();
+    QStringList broken;
+    for (const QJsonValue group : parse(listing.out).value(QStringLiteral("groups")).toArray())
+        if (group[QStringLiteral("title")].toString() == QStringLiteral("Broken Items"))
+            for (const QJsonValue item : group[QStringLiteral("items")].toArray())
+                broken << item[QStringLiteral("path")].toString();
+    broken.sort();
+    QStringList expected{home.path("home/dangling"), inDownloads, onDesktop, inDocuments};
+    expected.sort();
+    EXPECT_EQ(broken, expected);
 }

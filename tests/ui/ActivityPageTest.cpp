@@ -84,8 +84,11 @@ TEST(ActivityPage, PutBackFollowsTheTrash)
     ASSERT_TRUE(shown.wait(5000));
     page.table()->selectRow(0); // newest first: emptied.txt
     EXPECT_FALSE(page.putBackButton()->isEnabled());
-    EXPECT_EQ(page.table()->model()->index(0, 2).data().toString(),
-        QStringLiteral("Moved to Trash — no longer in the Trash"));
+    const QModelIndex gone = page.table()->model()->index(0, 2);
+    EXPECT_EQ(gone.data().toString(), QStringLiteral("No longer in the Trash"));
+    EXPECT_TRUE(gone.data(Qt::ToolTipRole).toString().contains(QStringLiteral("emptied")));
+    EXPECT_TRUE(sameIcon(gone.data(Qt::DecorationRole).value<QIcon>(), OutcomeLine::iconFor(OutcomeLine::Kind::note)));
+    EXPECT_EQ(page.table()->model()->index(1, 2).data().toString(), AuditOutcome::movedToTrash);
 
     page.table()->selectRow(1);
     ASSERT_TRUE(page.putBackButton()->isEnabled());

@@ -4,6 +4,8 @@
 #include "app/UserDefaults.h"
 #include "ui/SettingsWindow.h"
 #include "ui/SidebarView.h"
+#include "ui/usage/HoneycombChart.h"
+#include "ui/usage/RailChart.h"
 #include "ui/usage/UsagePage.h"
 
 #include "UiTestSupport.h"

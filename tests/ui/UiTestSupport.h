@@ -2,6 +2,8 @@
 
 #include "ui/widgets/PathLabel.h"
 
+#include <gtest/gtest.h>
+
 #include <QAbstractItemView>
 #include <QAbstractScrollArea>
 #include <QApplication>
@@ -94,6 +96,19 @@ inline QStringList clippedLabels(const QWidget& root)
             clipped << what + QStringLiteral(": cut off by its container");
     }
     return clipped;
+}
+
+// Lays the window out at each of the two sizes, fails the test for every clipped label there, and saves the
+// pictures as saveScreenshots does.
+inline void expectReadableAtBothSizes(QWidget& window, const QString& name)
+{
+    for (const QSize size : screenshotSizes()) {
+        resizeAndLayOut(window, size);
+        const QStringList clipped = clippedLabels(window);
+        EXPECT_TRUE(clipped.isEmpty()) << name.toStdString() << " at " << size.width() << "×" << size.height() << ": "
+                                       << clipped.join(u'\n').toStdString();
+        saveScreenshot(window, QStringLiteral("%1-%2x%3").arg(name).arg(size.width()).arg(size.height()));
+    }
 }
 
 // The cells of a table or tree (the first `rows` rows of each level) whose text is cut short and whose

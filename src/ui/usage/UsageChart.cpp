@@ -56,10 +56,18 @@ QColor UsageChart::colorFor(int index) const
     return QColor::fromHsl(hue, 150, lightness);
 }
 
+void UsageChart::setEmptyText(const QString& text)
+{
+    if (text == m_emptyText)
+        return;
+    m_emptyText = text;
+    update();
+}
+
 void UsageChart::paintEmpty(QPainter& painter) const
 {
-    painter.setPen(palette().color(QPalette::PlaceholderText));
-    painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap, QStringLiteral("Nothing measured yet."));
+    painter.setPen(palette().color(QPalette::Text));
+    painter.drawText(rect().adjusted(16, 16, -16, -16), Qt::AlignCenter | Qt::TextWordWrap, m_emptyText);
 }
 
 void UsageChart::resizeEvent(QResizeEvent* event)

@@ -25,6 +25,10 @@ public:
     // A point inside the item's shape, for tests that click on it; nothing when it is not drawn.
     virtual std::optional<QPointF> centreOf(int index) const = 0;
 
+    // What the chart says while it has nothing to show: what to do, or what is under way.
+    void setEmptyText(const QString& text);
+    const QString& emptyText() const { return m_emptyText; }
+
     // Colours go by place in the size order, so both charts colour an item alike; the files lying in the
     // folder itself are grey.
     QColor colorFor(int index) const;
@@ -54,4 +58,5 @@ private:
     qint64 m_total = 0;
     int m_hovered = -1;
     int m_selected = -1;
+    QString m_emptyText;
 };

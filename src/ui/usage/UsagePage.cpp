@@ -109,6 +109,7 @@ UsagePage::UsagePage(QSettings& defaults, MoveToTrash moveToTrash, QWidget* pare
     connect(&m_model, &UsageModel::measuringChanged, this, &UsagePage::showProgress);
     applyChartStyle();
     showItems();
+    showProgress();
 }
 
 QWidget* UsagePage::makeSourceRow()
@@ -297,6 +298,13 @@ void UsagePage::showProgress()
     else if (!m_model.rootPath().isEmpty())
         m_status->setText(
             QStringLiteral("Stopped after %1 folders — the chart shows those measured so far.").arg(folders));
+    const QString emptyText = m_model.isMeasuring()
+        ? QStringLiteral("Measuring — folders appear here as they are measured.")
+        : m_model.rootPath().isEmpty()
+        ? QStringLiteral("Nothing measured yet — pick the home folder, a volume or a folder above, then press Measure.")
+        : QStringLiteral("Nothing to show here.");
+    for (UsageChart* chart : {static_cast<UsageChart*>(m_honeycomb), static_cast<UsageChart*>(m_rail)})
+        chart->setEmptyText(emptyText);
     m_measure->setText(m_model.isMeasuring() ? QStringLiteral("Stop") : QStringLiteral("Measure"));
     m_largest->setEnabled(m_model.isComplete() && !m_model.largestFiles().empty());
     showDetails();
@@ -341,7 +349,7 @@ void UsagePage::showDetails()
         selected && selected->kind != UsageItem::Kind::package && selected->kind != UsageItem::Kind::file);
     m_reveal->setEnabled(!m_model.rootPath().isEmpty() && m_model.failure().isEmpty());
     const std::optional<QString> kept = selected ? whyNotToTrash(*selected, QDir::homePath()) : std::nullopt;
-    m_trash->setEnabled(m_moveToTrash && selected && !kept && !m_model.isMeasuring());
+    m_trash->setEnabled(m_moveToTrash && selected && !kept && !m_model.isMeasuring() && !m_trashTask);
     // Why the selected item is not offered is said under the buttons, where the user looks for it.
     if (kept)
         m_actionOutcome->showNote(*kept);
@@ -383,7 +391,7 @@ void UsagePage::revealSelected()
 void UsagePage::trashSelected()
 {
     const std::optional<UsageItem> selected = selectedItem();
-    if (!selected || whyNotToTrash(*selected, QDir::homePath()) || !m_moveToTrash)
+    if (!selected || whyNotToTrash(*selected, QDir::homePath()) || !m_moveToTrash || m_trashTask)
         return;
     QMessageBox confirm(QMessageBox::Question, QStringLiteral("Move to Trash"),
         QStringLiteral("Move “%1” to the Trash?").arg(selected->path), QMessageBox::Cancel, this);
@@ -395,11 +403,19 @@ void UsagePage::trashSelected()
     confirm.exec();
     if (confirm.clickedButton() != move)
         return;
-    if (const std::optional<QString> failure = m_moveToTrash(selected->path)) {
-        m_actionOutcome->showFailure(*failure);
-        return;
-    }
-    m_actionOutcome->showSuccess(QStringLiteral("Moved %1 to the Trash.").arg(selected->path));
-    // The measured tree no longer matches the disk: measure again.
-    measure(m_model.rootPath());
+    m_actionOutcome->showNote(QStringLiteral("Moving %1 to the Trash…").arg(selected->path));
+    m_trash->setEnabled(false);
+    m_trashTask = runInBackground(
+        this, [move = m_moveToTrash, path = selected->path] { return move(path); },
+        [this, path = selected->path](const TrashAnswer& answer) {
+            m_trashTask.reset();
+            if (const std::optional<QString> failure = answer()) {
+                m_actionOutcome->showFailure(*failure);
+                showDetails();
+                return;
+            }
+            m_actionOutcome->showSuccess(QStringLiteral("Moved %1 to the Trash.").arg(path));
+            // The measured tree no longer matches the disk: measure again.
+            measure(m_model.rootPath());
+        });
 }

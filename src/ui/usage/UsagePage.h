@@ -24,8 +24,11 @@ class UsageChart;
 class UsageDetails;
 class UsageLegend;
 
-// Moves one item to the Trash; nothing on success, otherwise the sentence that says why it stayed.
-using MoveToTrash = std::function<std::optional<QString>(const QString& path)>;
+// Moves one item to the Trash. It is called on a worker thread, since measuring and moving a large folder
+// takes a while, and answers the step to take back on the main thread (recording the move in the Activity
+// log), which gives nothing on success, otherwise the sentence that says why the item stayed.
+using TrashAnswer = std::function<std::optional<QString>()>;
+using MoveToTrash = std::function<TrashAnswer(const QString& path)>;
 
 // The Disk Usage section: pick a volume or folder, watch its top-level folders fill the chart as they are
 // measured, open a folder to see inside it, and act on what takes the space.
@@ -93,4 +96,5 @@ private:
     UsageLegend* m_legend = nullptr;
     QPushButton* m_largest = nullptr;
     std::unique_ptr<std::jthread> m_filesTask; // listing a folder's files
+    std::unique_ptr<std::jthread> m_trashTask; // moving the selected item to the Trash
 };
