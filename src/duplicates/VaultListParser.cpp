@@ -27,6 +27,15 @@ enum Field : unsigned {
     allFields = (1u << 13) - 1,
 };
 
+// About what one entry takes in the file, to size the list before reading it.
+constexpr qsizetype typicalEntryBytes = 400;
+
+// Whether a key is `name`: lengths first, which tells most keys apart before any byte is compared.
+template <std::size_t N> bool is(QByteArrayView key, const char (&name)[N])
+{
+    return key.size() == qsizetype(N - 1) && std::memcmp(key.data(), name, N - 1) == 0;
+}
+
 class Reader {
 public:
     explicit Reader(QByteArrayView text)
@@ -38,6 +47,7 @@ public:
     std::optional<QList<VaultEntry>> list()
     {
         QList<VaultEntry> entries;
+        entries.reserve((m_end - m_at) / typicalEntryBytes);
         if (!take('['))
             return std::nullopt;
         if (!take(']')) {
@@ -81,7 +91,7 @@ private:
         unsigned seen = 0;
         if (!take('}')) {
             do {
-                const std::optional<QByteArray> key = rawString();
+                const std::optional<QByteArrayView> key = rawString();
                 if (!key || !take(':') || !field(*key, entry, seen))
                     return std::nullopt;
             } while (take(','));
@@ -93,7 +103,7 @@ private:
         return entry;
     }
 
-    bool field(const QByteArray& key, VaultEntry& entry, unsigned& seen)
+    bool field(QByteArrayView key, VaultEntry& entry, unsigned& seen)
     {
         const auto text = [&](QString& into, Field bit) {
             seen |= bit;
@@ -104,10 +114,10 @@ private:
         };
         const auto uuid = [&](QUuid& into, Field bit) {
             seen |= bit;
-            const std::optional<QByteArray> value = rawString();
+            const std::optional<QByteArrayView> value = rawString();
             if (!value)
                 return false;
-            into = QUuid::fromString(QLatin1StringView(*value));
+            into = QUuid::fromString(QLatin1StringView(value->data(), value->size()));
             return !into.isNull();
         };
         const auto whole = [&](auto& into, Field bit) {
@@ -117,35 +127,35 @@ private:
                 into = static_cast<std::remove_reference_t<decltype(into)>>(*value);
             return value.has_value();
         };
-        if (key == "id")
+        if (is(key, "id"))
             return uuid(entry.id, idField);
-        if (key == "originalPath")
+        if (is(key, "originalPath"))
             return text(entry.originalPath, originalPathField);
-        if (key == "vaultPath")
+        if (is(key, "vaultPath"))
             return text(entry.vaultPath, vaultPathField);
-        if (key == "keeperPath")
+        if (is(key, "keeperPath"))
             return text(entry.keeperPath, keeperPathField);
-        if (key == "size")
+        if (is(key, "size"))
             return whole(entry.size, sizeField);
-        if (key == "reclaimable")
+        if (is(key, "reclaimable"))
             return whole(entry.reclaimable, reclaimableField);
-        if (key == "contentHashHex")
+        if (is(key, "contentHashHex"))
             return text(entry.contentHashHex, contentHashHexField);
-        if (key == "groupID")
+        if (is(key, "groupID"))
             return uuid(entry.groupID, groupIDField);
-        if (key == "batchID")
+        if (is(key, "batchID"))
             return uuid(entry.batchID, batchIDField);
-        if (key == "movedAt") {
+        if (is(key, "movedAt")) {
             seen |= movedAtField;
             const std::optional<double> value = number();
             entry.movedAt = value.value_or(0);
             return value.has_value();
         }
-        if (key == "fileID")
+        if (is(key, "fileID"))
             return whole(entry.fileID, fileIDField);
-        if (key == "mtimeNsec")
+        if (is(key, "mtimeNsec"))
             return whole(entry.mtimeNsec, mtimeNsecField);
-        if (key == "volumeUUID")
+        if (is(key, "volumeUUID"))
             return text(entry.volumeUUID, volumeUUIDField);
         return skipPlainValue();
     }
@@ -165,23 +175,28 @@ private:
         return number().has_value();
     }
 
-    // A string's bytes with its escapes undone (\uXXXX written as UTF-8).
-    std::optional<QByteArray> rawString()
+    // A string's bytes with its escapes undone (\uXXXX written as UTF-8): a view of the text itself when
+    // it has no escape (the common case), otherwise of a scratch buffer that the next string reuses.
+    std::optional<QByteArrayView> rawString()
     {
         skipSpace();
         if (m_at >= m_end || *m_at != '"')
             return std::nullopt;
         const char* start = ++m_at;
-        // The common case: no escape, so the bytes are the string.
-        while (m_at < m_end && *m_at != '"' && *m_at != '\\' && static_cast<unsigned char>(*m_at) >= 0x20)
-            ++m_at;
-        if (m_at < m_end && *m_at == '"')
-            return QByteArray(start, m_at++ - start);
-        QByteArray out(start, m_at - start);
+        // Find the closing quote and any escape with the C library's vectorised searches; a string without
+        // an escape is its own bytes.
+        const auto* quote = static_cast<const char*>(std::memchr(start, '"', std::size_t(m_end - start)));
+        if (!quote)
+            return std::nullopt;
+        if (!std::memchr(start, '\\', std::size_t(quote - start))) {
+            m_at = quote + 1;
+            return QByteArrayView(start, quote - start);
+        }
+        m_at = static_cast<const char*>(std::memchr(start, '\\', std::size_t(quote - start)));
+        QByteArray& out = m_scratch;
+        out = QByteArray(start, m_at - start);
         while (m_at < m_end && *m_at != '"') {
             const char c = *m_at++;
-            if (static_cast<unsigned char>(c) < 0x20)
-                return std::nullopt;
             if (c != '\\') {
                 out += c;
                 continue;
@@ -222,12 +237,12 @@ private:
         if (m_at >= m_end)
             return std::nullopt;
         ++m_at;
-        return out;
+        return QByteArrayView(out);
     }
 
     std::optional<QString> string()
     {
-        const std::optional<QByteArray> bytes = rawString();
+        const std::optional<QByteArrayView> bytes = rawString();
         if (!bytes)
             return std::nullopt;
         // Text that is not UTF-8 would come back as some other name; such a list is not ours.
@@ -294,6 +309,7 @@ private:
 
     const char* m_at;
     const char* m_end;
+    QByteArray m_scratch;
 };
 
 } // namespace

@@ -50,7 +50,12 @@ QList<VaultEntry> VaultStore::read() const
         setAsideUnusableFile(listPath(), file.errorString());
         return {};
     }
-    std::optional<QList<VaultEntry>> entries = parseVaultList(file.readAll());
+    // Mapped rather than read, so the bytes are not copied once more before they are parsed.
+    const qint64 size = file.size();
+    const uchar* mapped = size > 0 ? file.map(0, size) : nullptr;
+    const QByteArray read = mapped ? QByteArray() : file.readAll();
+    std::optional<QList<VaultEntry>> entries
+        = parseVaultList(mapped ? QByteArrayView(reinterpret_cast<const char*>(mapped), size) : QByteArrayView(read));
     if (!entries) {
         setAsideUnusableFile(listPath(), QStringLiteral("not a list of held copies"));
         return {};
