@@ -127,6 +127,7 @@ bool DuplicateVaultController::moveTicked(const QList<DuplicateGroup>& groups)
             m_lastMove = std::move(outcome.result);
             end(Operation::move, std::move(outcome.entries), std::move(outcome.saveProblem));
         });
+    Q_EMIT changed(); // isWorking() is true from here
     return true;
 }
 
@@ -150,6 +151,7 @@ bool DuplicateVaultController::verifyAll()
             m_notice = verificationSummary();
             end(Operation::verify, m_entries, std::nullopt);
         });
+    Q_EMIT changed(); // isWorking() is true from here
     return true;
 }
 
@@ -173,6 +175,7 @@ bool DuplicateVaultController::restore(const QList<QUuid>& ids)
             m_lastRestore = std::move(outcome.result);
             end(Operation::restore, std::move(outcome.entries), std::move(outcome.saveProblem));
         });
+    Q_EMIT changed(); // isWorking() is true from here
     return true;
 }
 
@@ -232,6 +235,7 @@ bool DuplicateVaultController::emptyToTrash()
             m_lastEmpty = std::move(outcome.trash);
             end(Operation::empty, std::move(outcome.entries), std::move(outcome.saveProblem));
         });
+    Q_EMIT changed(); // isWorking() is true from here
     return true;
 }
 
@@ -263,7 +267,6 @@ void DuplicateVaultController::begin(const QString& label)
     m_verifyProgress = 0;
     m_notice.reset();
     m_ticker.start();
-    Q_EMIT changed();
 }
 
 void DuplicateVaultController::end(Operation operation, QList<VaultEntry> entries, std::optional<QString> saveProblem)

@@ -81,6 +81,7 @@ Q_SIGNALS:
 
 private:
     struct EmptyOutcome;
+    // Readies the state for an operation; `changed` follows once its task runs.
     void begin(const QString& label);
     void end(Operation operation, QList<VaultEntry> entries, std::optional<QString> saveProblem);
     void setEntries(QList<VaultEntry> entries);
