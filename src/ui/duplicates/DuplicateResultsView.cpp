@@ -147,7 +147,12 @@ void DuplicateResultsView::addSet(int index)
     setCell(set, noteColumn, QStringLiteral("Frees %1").arg(formatBytes(group.reclaimable())));
     set->setFlags(Qt::ItemIsEnabled);
     const QIcon keep = style()->standardIcon(QStyle::SP_DialogApplyButton);
-    for (const DuplicateFile& member : group.members) {
+    // The copy that stays first, then the others in the set's order.
+    QList<const DuplicateFile*> members;
+    for (const DuplicateFile& member : group.members)
+        members.insert(member.id == group.keeperID ? 0 : members.size(), &member);
+    for (const DuplicateFile* file : members) {
+        const DuplicateFile& member = *file;
         auto* item = new QTreeWidgetItem(set);
         setCell(item, fileColumn, QFileInfo(member.path).fileName(), member.path);
         setCell(item, sizeColumn, formatBytes(member.size));

@@ -19,6 +19,8 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 enum Column { fileColumn, sizeColumn, checkColumn };
@@ -147,10 +149,17 @@ void VaultPanel::showEntries()
     m_summary->setText(QStringLiteral("%1 held · %2 will be freed once you empty the vault and then the Trash.")
                            .arg(VaultTexts::copies(m_vault.entries().size()), formatBytes(m_vault.bytesHeld())));
     if (const std::optional<QString> verdict = m_vault.verificationSummary()) {
+        const qsizetype failing = std::count_if(m_vault.verifications().cbegin(), m_vault.verifications().cend(),
+            [](const VaultVerification& v) {
+                return v.result == VaultVerification::Result::keeperMissing
+                    || v.result == VaultVerification::Result::keeperChanged;
+            });
         if (*verdict == VaultTexts::allIntact())
-            m_verdict->showSuccess(QStringLiteral("Verified: ") + *verdict + QLatin1Char('.'));
+            m_verdict->showSuccess(
+                QStringLiteral("All %1 %2.").arg(VaultTexts::copies(m_vault.verifications().size()), *verdict));
         else
-            m_verdict->showFailure(QStringLiteral("Some copies have ") + *verdict);
+            m_verdict->showFailure(
+                QStringLiteral("%1 %2 %3").arg(VaultTexts::copies(failing), failing == 1 ? "has" : "have", *verdict));
     } else {
         m_verdict->clear();
     }
@@ -167,7 +176,9 @@ void VaultPanel::showWork()
     } else if (!working && m_progress->isRunning()) {
         m_progress->finish();
     }
-    if (!working && m_vault.notice() && !m_vault.notice()->isEmpty()) {
+    // The verdict line already says how a verification went.
+    if (!working && m_vault.notice() && !m_vault.notice()->isEmpty()
+        && m_vault.notice() != m_vault.verificationSummary()) {
         const bool failed = m_vault.saveProblem() || (m_vault.lastEmpty() && !m_vault.lastEmpty()->failed.isEmpty())
             || (m_vault.lastRestore() && !m_vault.lastRestore()->failed.isEmpty());
         m_notice->showOutcome(failed ? OutcomeLine::Kind::failure : OutcomeLine::Kind::note, *m_vault.notice());
