@@ -18,6 +18,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 
 namespace {
@@ -81,7 +82,12 @@ double shell(const QString& script)
     return secondsSince(began);
 }
 
-double loadSeconds(const QString& folder, int entries)
+struct LoadTime {
+    double wall = 1e9;
+    double processor = 1e9; // this process's CPU time: what the load costs on a machine that is not shared
+};
+
+LoadTime loadSeconds(const QString& folder, int entries)
 {
     QList<VaultEntry> list;
     list.reserve(entries);
@@ -103,11 +109,13 @@ double loadSeconds(const QString& folder, int entries)
     }
     const VaultStore store(folder);
     store.write(list);
-    double best = 1e9;
+    LoadTime best;
     for (int round = 0; round < 5; ++round) {
         const Clock::time_point began = Clock::now();
+        const std::clock_t cpuBegan = std::clock();
         const qsizetype read = store.load().size();
-        best = std::min(best, secondsSince(began));
+        best.processor = std::min(best.processor, double(std::clock() - cpuBegan) / CLOCKS_PER_SEC);
+        best.wall = std::min(best.wall, secondsSince(began));
         if (read != entries)
             std::fprintf(stderr, "read %lld of %d entries\n", qlonglong(read), entries);
     }
@@ -152,13 +160,14 @@ int main(int argc, char** argv)
     const double mvBack = shell(
         each + QStringLiteral("mv -n \"%2%1/copies/$f/$i.bin\" \"%1/copies/$f/$i.bin\"; done").arg(tree, mirror));
 
-    const double load = loadSeconds(work + QStringLiteral("/large"), 100'000);
+    const LoadTime load = loadSeconds(work + QStringLiteral("/large"), 100'000);
 
     std::printf("copies held by the vault: %lld of %d\n\n", qlonglong(held), copies);
     std::printf("| operation (%d copies) | Velloru vault | shell loop | ratio |\n|---|---|---|---|\n", copies);
     std::printf("| move in | %.3f s | %.3f s (mv) | %.1fx |\n", move, mvIn, mvIn / move);
     std::printf("| verify | %.3f s | %.3f s (cmp -s) | %.1fx |\n", verify, cmpAll, cmpAll / verify);
     std::printf("| put back | %.3f s | %.3f s (mv) | %.1fx |\n", restore, mvBack, mvBack / restore);
-    std::printf("\nloading a 100,000-entry duplicates-vault.json: %.3f s (best of 5)\n", load);
+    std::printf("\nloading a 100,000-entry duplicates-vault.json: %.3f s, %.3f s of processor time (best of 5)\n",
+        load.wall, load.processor);
     return 0;
 }

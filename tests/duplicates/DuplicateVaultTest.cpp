@@ -289,8 +289,9 @@ TEST_F(VaultTest, PuttingBackOntoATakenPathNeverOverwrites)
     EXPECT_EQ(entriesWithOutcome(log, AuditOutcome::restoredFromVault), 2);
 
     // A held copy that is gone cannot go back; it says so and stays listed.
-    tree.write(QStringLiteral("files/other/y"), content);
-    ASSERT_TRUE(move(scan()));
+    tree.write(QStringLiteral("elsewhere/keep"), content);
+    tree.write(QStringLiteral("elsewhere/in/y"), content);
+    ASSERT_TRUE(move(scannedGroups({tree.path(QStringLiteral("elsewhere"))})));
     ASSERT_EQ(vault.entries().size(), 1);
     ASSERT_TRUE(QFile::remove(vault.entries().first().vaultPath));
     ASSERT_TRUE(finishOperation(vault, [&] { return vault.restoreAll(); }));
@@ -399,7 +400,7 @@ TEST_F(VaultTest, AnUndecodableListIsKeptAsideAndTheVaultStartsEmpty)
         files.write(QStringLiteral("d/c"), patternBytes(5'000, 30));
         ASSERT_TRUE(finishOperation(fresh, [&] { return fresh.moveTicked(scannedGroups({files.path()})); }));
         EXPECT_EQ(fresh.entries().size(), 1);
-        EXPECT_EQ(readWholeFile(data.path(QStringLiteral("/") + aside.first())), broken);
+        EXPECT_EQ(readWholeFile(data.path(aside.first())), broken);
     }
 }
 
