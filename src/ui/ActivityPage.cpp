@@ -104,6 +104,8 @@ void ActivityPage::refresh()
     m_body->setCurrentIndex(hasEntries ? 1 : 0);
     m_clear->setEnabled(hasEntries);
     m_search->setEnabled(hasEntries);
+    // The table was rebuilt from the log, which drops the selection without saying so.
+    updatePutBack();
     lookUpRecoverable();
 }
 
@@ -140,7 +142,8 @@ std::optional<AuditEntry> ActivityPage::selectedEntry() const
 void ActivityPage::updatePutBack()
 {
     const std::optional<AuditEntry> entry = selectedEntry();
-    m_putBack->setEnabled(entry && m_model->isRecoverable(entry->id));
+    // An entry just put back is no longer a move, whatever the last look at the Trash found.
+    m_putBack->setEnabled(entry && entry->outcome == AuditOutcome::movedToTrash && m_model->isRecoverable(entry->id));
 }
 
 void ActivityPage::putBackSelected()

@@ -64,7 +64,8 @@ DashboardPage::DashboardPage(AppState& state, QWidget* parent)
     trashLayout->addWidget(m_emptyTrash, 0, Qt::AlignLeft);
     m_emptyOutcome = new OutcomeLine(QStringLiteral("emptyTrashOutcome"), trash);
     trashLayout->addWidget(m_emptyOutcome);
-    trashLayout->addWidget(new HelperSetupButton(state.helper(), state.helperService(), trash));
+    m_trashSetUp = new HelperSetupButton(state.helper(), state.helperService(), trash);
+    trashLayout->addWidget(m_trashSetUp);
     connect(m_emptyTrash, &QPushButton::clicked, this, &DashboardPage::confirmEmptyTrash);
     layout->addWidget(trash);
 
@@ -175,6 +176,8 @@ void DashboardPage::showTrash(const TrashLocations::Summary& summary)
                                                 "Velloru’s helper — set it up below, once."));
     else if (m_emptyOutcome->kind() == OutcomeLine::Kind::note && !m_emptying)
         m_emptyOutcome->clear();
+    // With nothing to empty the helper is not what stands in the way, so Set Up is not offered here.
+    m_trashSetUp->setNeeded(summary.items > 0);
     m_smartScan->setTrashEmpty(summary.items == 0);
     if (summary.items == 0) {
         m_trashSummary->setText(QStringLiteral("The Trash is empty."));

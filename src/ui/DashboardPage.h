@@ -8,6 +8,7 @@
 #include <thread>
 
 class AppState;
+class HelperSetupButton;
 class OutcomeLine;
 class QLabel;
 class QPushButton;
@@ -52,6 +53,7 @@ private:
     QLabel* m_trashWarning = nullptr;
     QPushButton* m_emptyTrash = nullptr;
     OutcomeLine* m_emptyOutcome = nullptr;
+    HelperSetupButton* m_trashSetUp = nullptr;
     QLabel* m_overview = nullptr;
     QTimer* m_overviewTicker = nullptr;
     std::unique_ptr<std::jthread> m_overviewTask;

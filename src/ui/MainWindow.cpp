@@ -18,6 +18,7 @@
 #include "ui/usage/UsagePage.h"
 
 #include <QCloseEvent>
+#include <QScreen>
 #include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -45,8 +46,10 @@ MainWindow::MainWindow(AppState& state, SettingsRouter& router, QSettings& defau
     , m_startup(defaults, &state.permissions())
 {
     setWindowTitle(QStringLiteral("Velloru"));
-    resize(1080, 700);
     setMinimumSize(760, 480);
+    // A first launch opens at a comfortable size, but never larger than a small screen; later launches
+    // restore where the window was left (below).
+    resize(QSize(1080, 700).boundedTo(screen()->availableGeometry().size()).expandedTo(minimumSize()));
 
     m_steps = new QStackedWidget(this);
     auto* welcome = new WelcomeStep(m_steps);

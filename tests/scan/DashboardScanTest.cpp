@@ -107,7 +107,8 @@ TEST(DashboardSmartScan, ScanReviewCleanAndPutBackFromActivity)
     activity.resize(900, 400);
     activity.show();
     activity.table()->selectRow(0);
-    ASSERT_TRUE(activity.putBackButton()->isEnabled());
+    // Whether the item still lies in the Trash is looked up off the main thread.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return activity.putBackButton()->isEnabled(); }, 5'000));
     activity.putBackButton()->click();
     EXPECT_TRUE(QTest::qWaitFor(
         [&] {
@@ -215,8 +216,9 @@ TEST(DashboardSmartScan, ItemsOfferRevealCopyPathAndExcludeAndTheCardFollowsTheT
     QTemporaryDir bin;
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", desktopWithoutFileManager(bin).toUtf8());
-    const QRect cell = tree.visualRect(rowOf(*review.model(), fontconfig));
-    QTest::mouseDClick(tree.viewport(), Qt::LeftButton, {}, cell.center());
+    const QModelIndex cell = rowOf(*review.model(), fontconfig);
+    QTest::mouseClick(tree.viewport(), Qt::LeftButton, {}, tree.visualRect(cell).center());
+    QTest::mouseDClick(tree.viewport(), Qt::LeftButton, {}, tree.visualRect(cell).center());
     EXPECT_TRUE(QTest::qWaitFor([&] { return review.actionOutcome()->kind() == OutcomeLine::Kind::failure; }, 5'000));
     qputenv("PATH", path);
     EXPECT_TRUE(review.actionOutcome()->text().contains(QStringLiteral("none is installed for folders")))

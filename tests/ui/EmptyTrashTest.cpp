@@ -15,8 +15,31 @@
 #include <QSignalSpy>
 #include <QTest>
 
+namespace {
+
+// Shows the dashboard and waits until it has measured the Trash.
+bool showMeasured(DashboardPage& page)
+{
+    QSignalSpy shown(&page, &DashboardPage::trashSummaryShown);
+    page.show();
+    return shown.wait(5000);
+}
+
+} // namespace
+
 TEST(DashboardPage, EmptiesTheTrashThroughTheHelperAfterTheWarning)
 {
+    // With nothing in the Trash the helper is not what keeps Empty Trash off, so Set Up is not offered.
+    {
+        AppState state;
+        DashboardPage page(state);
+        ASSERT_TRUE(showMeasured(page));
+        EXPECT_FALSE(page.emptyTrashButton()->isEnabled());
+        auto* setUp = page.findChild<QPushButton*>(QStringLiteral("helperSetUpButton"));
+        ASSERT_TRUE(setUp);
+        EXPECT_FALSE(setUp->isVisible());
+    }
+
     const QString trashed = homeTrashPath() + QStringLiteral("/files/old.txt");
     QDir().mkpath(homeTrashPath() + QStringLiteral("/info"));
     QDir().mkpath(homeTrashPath() + QStringLiteral("/files"));
@@ -30,9 +53,7 @@ TEST(DashboardPage, EmptiesTheTrashThroughTheHelperAfterTheWarning)
     {
         AppState state;
         DashboardPage page(state);
-        QSignalSpy shown(&page, &DashboardPage::trashSummaryShown);
-        page.show();
-        ASSERT_TRUE(shown.wait(5000));
+        ASSERT_TRUE(showMeasured(page));
         EXPECT_FALSE(page.emptyTrashButton()->isEnabled());
         EXPECT_TRUE(page.emptyTrashOutcome()->isVisible());
         EXPECT_TRUE(page.emptyTrashOutcome()->text().contains(QStringLiteral("helper")));
@@ -60,9 +81,7 @@ TEST(DashboardPage, EmptiesTheTrashThroughTheHelperAfterTheWarning)
         AppState state;
         DashboardPage page(state);
         page.resize(800, 600);
-        page.show();
-        QSignalSpy shown(&page, &DashboardPage::trashSummaryShown);
-        ASSERT_TRUE(shown.wait(5000));
+        ASSERT_TRUE(showMeasured(page));
         ASSERT_TRUE(page.emptyTrashButton()->isEnabled());
         EXPECT_FALSE(page.emptyTrashOutcome()->isVisible());
         saveScreenshots(page, QStringLiteral("dashboard-trash"));

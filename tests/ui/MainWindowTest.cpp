@@ -122,10 +122,13 @@ TEST_F(MainWindowTest, EverySectionOpensFromTheSidebar)
 {
     QSettings defaults;
     defaults.setValue(DefaultsKey::onboardingComplete, true);
+    // Without this the missing helper's reminder covers every section and the screenshots show only it.
+    defaults.setValue(DefaultsKey::permissionsRemindSuppressed, true);
     AppState state;
     SettingsRouter router;
     MainWindow window(state, router, defaults);
     window.show();
+    ASSERT_TRUE(window.sidebar()->isVisible());
     state.counts().setCounts({{Destination::browsers, 2}, {Destination::chats, 0}});
 
     ASSERT_EQ(window.sidebar()->count(), 16);

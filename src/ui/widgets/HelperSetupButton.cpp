@@ -25,10 +25,18 @@ HelperSetupButton::HelperSetupButton(HelperManager& helper, HelperService& servi
     showState();
 }
 
+void HelperSetupButton::setNeeded(bool needed)
+{
+    if (needed == m_needed)
+        return;
+    m_needed = needed;
+    showState();
+}
+
 void HelperSetupButton::showState()
 {
     const HelperManager::State state = m_helper.state();
-    setVisible(state != HelperManager::State::ready);
+    setVisible(m_needed && state != HelperManager::State::ready);
     if (m_helper.isInstalling()) {
         m_button->setText(QStringLiteral("Installing…"));
         m_button->setEnabled(false);

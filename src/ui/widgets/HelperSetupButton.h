@@ -18,6 +18,9 @@ public:
     HelperSetupButton(HelperManager& helper, HelperService& service, QWidget* parent = nullptr);
 
     QPushButton* button() const { return m_button; }
+    // Whether the feature beside it needs the helper right now (Empty Trash with nothing in the Trash does
+    // not); the button shows only while it is needed and the helper is not ready.
+    void setNeeded(bool needed);
     OutcomeLine* outcome() const { return m_outcome; }
 
 private:
@@ -27,4 +30,5 @@ private:
     HelperService& m_service;
     QPushButton* m_button = nullptr;
     OutcomeLine* m_outcome = nullptr;
+    bool m_needed = true;
 };

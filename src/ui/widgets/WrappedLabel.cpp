@@ -10,7 +10,11 @@ WrappedLabel::WrappedLabel(const QString& text, QWidget* parent)
     : QLabel(text, parent)
 {
     setWordWrap(true);
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+    // A new policy starts without height-for-width, which word wrap had switched on; without it the layout
+    // gives the label the height of its size hint, not what its text needs at the width it gets.
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
 }
 
 WrappedLabel::WrappedLabel(const QString& text, const QString& objectName, QWidget* parent)
