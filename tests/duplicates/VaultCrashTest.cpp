@@ -106,7 +106,7 @@ TEST(VaultCrash, AKillAtAnyPointOfAMoveOrARestoreLosesNothing)
 {
     int movesCut = 0;
     int restoresCut = 0;
-    for (const int delayMs : {0, 3, 15, 40}) {
+    for (const int delayMs : {0, 5, 40, 120}) {
         SCOPED_TRACE(delayMs);
         ProgramHome home;
         const QHash<QString, QByteArray> copies = writeSets(home.tree(), QStringLiteral("home/files"));
