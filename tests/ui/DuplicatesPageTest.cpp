@@ -180,10 +180,18 @@ TEST(DuplicatesPage, FindsMovesVerifiesPutsBackAndEmpties)
     ASSERT_TRUE(
         QTest::qWaitFor([&] { return !state.vault().isWorking() && state.vault().entries().isEmpty(); }, 60'000));
     EXPECT_EQ(vault->notice()->text(), VaultTexts::emptyExplanation());
-    EXPECT_FALSE(QFileInfo::exists(StoragePaths::dataFolder() + QStringLiteral("/Duplicates Vault")));
+    const QString homeVault = StoragePaths::dataFolder() + QStringLiteral("/Duplicates Vault");
+    EXPECT_FALSE(QFileInfo::exists(homeVault));
     EXPECT_EQ(page.tabs()->tabText(1), QStringLiteral("Vault"));
     EXPECT_EQ(state.counts().count(Destination::duplicates), 0);
     expectReadable(page, QStringLiteral("duplicates-vault-emptied"), {});
+
+    // The tests that follow share this Trash and expect it as they left it.
+    const QString trashed = state.vault().lastEmpty()->trashedURLs.value(homeVault);
+    ASSERT_FALSE(trashed.isEmpty());
+    EXPECT_TRUE(QDir(trashed).removeRecursively());
+    EXPECT_TRUE(QFile::remove(QFileInfo(trashed).absolutePath() + QStringLiteral("/../info/")
+        + QFileInfo(trashed).fileName() + QStringLiteral(".trashinfo")));
 }
 
 // At each size a scan is started, pictured a few samples in, and cancelled.
