@@ -8,6 +8,7 @@
 #include "duplicates/VaultTexts.h"
 #include "ui/Icons.h"
 #include "ui/duplicates/FilePreview.h"
+#include "ui/duplicates/TreeCells.h"
 #include "ui/widgets/EmptyState.h"
 #include "ui/widgets/OutcomeLine.h"
 #include "ui/widgets/ProgressRow.h"
@@ -41,12 +42,6 @@ QString noteFor(const DuplicateGroup& group, const DuplicateFile& member)
     if (!member.otherNames.isEmpty())
         notes.append(QStringLiteral("Also named %1").arg(member.otherNames.join(QStringLiteral(", "))));
     return notes.join(QStringLiteral(". "));
-}
-
-void setCell(QTreeWidgetItem* item, int column, const QString& text, const QString& tip = {})
-{
-    item->setText(column, text);
-    item->setToolTip(column, tip.isEmpty() ? text : tip + QLatin1Char('\n') + text);
 }
 
 } // namespace
@@ -142,9 +137,10 @@ void DuplicateResultsView::addSet(int index)
 {
     const DuplicateGroup& group = m_scan.groups()[index];
     auto* set = new QTreeWidgetItem(m_tree);
-    setCell(set, fileColumn, QStringLiteral("%1 copies of %2").arg(group.members.size()).arg(formatBytes(group.size)));
-    setCell(set, sizeColumn, formatBytes(group.size));
-    setCell(set, noteColumn, QStringLiteral("Frees %1").arg(formatBytes(group.reclaimable())));
+    setTreeCell(
+        set, fileColumn, QStringLiteral("%1 copies of %2").arg(group.members.size()).arg(formatBytes(group.size)));
+    setTreeCell(set, sizeColumn, formatBytes(group.size));
+    setTreeCell(set, noteColumn, QStringLiteral("Frees %1").arg(formatBytes(group.reclaimable())));
     set->setFlags(Qt::ItemIsEnabled);
     const QIcon keep = style()->standardIcon(QStyle::SP_DialogApplyButton);
     // The copy that stays first, then the others in the set's order.
@@ -154,9 +150,9 @@ void DuplicateResultsView::addSet(int index)
     for (const DuplicateFile* file : members) {
         const DuplicateFile& member = *file;
         auto* item = new QTreeWidgetItem(set);
-        setCell(item, fileColumn, QFileInfo(member.path).fileName(), member.path);
-        setCell(item, sizeColumn, formatBytes(member.size));
-        setCell(item, noteColumn, noteFor(group, member), member.path);
+        setTreeCell(item, fileColumn, QFileInfo(member.path).fileName(), member.path);
+        setTreeCell(item, sizeColumn, formatBytes(member.size));
+        setTreeCell(item, noteColumn, noteFor(group, member), member.path);
         item->setData(fileColumn, groupRole, group.id);
         item->setData(fileColumn, memberRole, member.id);
         item->setData(fileColumn, pathRole, member.path);

@@ -6,6 +6,7 @@
 #include "duplicates/DuplicateVaultController.h"
 #include "duplicates/VaultTexts.h"
 #include "ui/Icons.h"
+#include "ui/duplicates/TreeCells.h"
 #include "ui/widgets/EmptyState.h"
 #include "ui/widgets/OutcomeLine.h"
 #include "ui/widgets/ProgressRow.h"
@@ -34,12 +35,6 @@ OutcomeLine::Kind kindOf(VaultVerification::Result result)
     case VaultVerification::Result::unreadable: return OutcomeLine::Kind::note;
     default: return OutcomeLine::Kind::failure;
     }
-}
-
-void setCell(QTreeWidgetItem* item, int column, const QString& text, const QString& tip = {})
-{
-    item->setText(column, text);
-    item->setToolTip(column, tip.isEmpty() ? text : tip + QLatin1Char('\n') + text);
 }
 
 } // namespace
@@ -120,7 +115,8 @@ void VaultPanel::showEntries()
         auto* top = new QTreeWidgetItem(m_tree);
         const QString when = QLocale().toString(
             ReferenceDate::fromSecondsSinceReference(batch.movedAt).toLocalTime(), QLocale::ShortFormat);
-        setCell(top, fileColumn, QStringLiteral("Moved %1 · %2").arg(when, VaultTexts::copies(batch.entries.size())));
+        setTreeCell(
+            top, fileColumn, QStringLiteral("Moved %1 · %2").arg(when, VaultTexts::copies(batch.entries.size())));
         top->setIcon(fileColumn, folder);
         top->setFlags(Qt::ItemIsEnabled);
         std::int64_t bytes = 0;
@@ -128,18 +124,18 @@ void VaultPanel::showEntries()
             bytes += entry.reclaimable;
             auto* item = new QTreeWidgetItem(top);
             item->setData(fileColumn, entryRole, entry.id);
-            setCell(item, fileColumn, QFileInfo(entry.originalPath).fileName(), entry.originalPath);
-            setCell(item, sizeColumn, formatBytes(entry.size));
+            setTreeCell(item, fileColumn, QFileInfo(entry.originalPath).fileName(), entry.originalPath);
+            setTreeCell(item, sizeColumn, formatBytes(entry.size));
             const auto verification = m_vault.verifications().constFind(entry.id);
             if (verification != m_vault.verifications().cend()) {
-                setCell(item, checkColumn, verification->sentence());
+                setTreeCell(item, checkColumn, verification->sentence());
                 item->setIcon(checkColumn, OutcomeLine::iconFor(kindOf(verification->result)));
             } else {
-                setCell(item, checkColumn, QStringLiteral("Not checked yet"),
+                setTreeCell(item, checkColumn, QStringLiteral("Not checked yet"),
                     QStringLiteral("The copy kept is at %1").arg(entry.keeperPath));
             }
         }
-        setCell(top, sizeColumn, formatBytes(bytes));
+        setTreeCell(top, sizeColumn, formatBytes(bytes));
     }
     m_tree->expandAll();
 
@@ -149,8 +145,8 @@ void VaultPanel::showEntries()
     m_summary->setText(QStringLiteral("%1 held · %2 will be freed once you empty the vault and then the Trash.")
                            .arg(VaultTexts::copies(m_vault.entries().size()), formatBytes(m_vault.bytesHeld())));
     if (const std::optional<QString> verdict = m_vault.verificationSummary()) {
-        const qsizetype failing = std::count_if(m_vault.verifications().cbegin(), m_vault.verifications().cend(),
-            [](const VaultVerification& v) {
+        const qsizetype failing = std::count_if(
+            m_vault.verifications().cbegin(), m_vault.verifications().cend(), [](const VaultVerification& v) {
                 return v.result == VaultVerification::Result::keeperMissing
                     || v.result == VaultVerification::Result::keeperChanged;
             });
