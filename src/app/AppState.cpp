@@ -49,6 +49,7 @@ AppState::AppState()
     , m_trasher(&m_helperTrash)
     , m_startup(StartupLocations::forThisUser(), m_helper, m_trasher, m_audit)
     , m_smartScan(m_inventory, m_running, m_trasher, m_audit, SmartScanLocations::forHome(QDir::homePath()))
+    , m_vault(StoragePaths::dataFolder(), m_audit, m_trasher)
     , m_permissions(m_defaults, permissionChecks(m_helper, m_helperService, m_fullDisk),
           DefaultsKey::permissionsEverGranted, DefaultsKey::permissionsRemindSuppressed)
 {
@@ -67,6 +68,10 @@ AppState::AppState()
         counts.insert(Destination::loginItems, int(m_startup.items().size()));
         m_counts.setCounts(std::move(counts));
     });
+    m_vault.load();
+    // The Duplicates badge counts the copies held in the vault.
+    connect(&m_vault, &DuplicateVaultController::changed, this, &AppState::countVault);
+    countVault();
     // Installing the helper from any Set Up button changes the checklist too.
     connect(&m_helper, &HelperManager::changed, &m_permissions, &PermissionCenter::update);
 }
@@ -107,6 +112,13 @@ void AppState::startBackgroundServices()
     m_helper.refreshState(m_helperService);
 }
 
+void AppState::countVault()
+{
+    SidebarCounts::Counts counts = m_counts.counts();
+    counts.insert(Destination::duplicates, int(m_vault.entries().size()));
+    m_counts.setCounts(std::move(counts));
+}
+
 void AppState::refreshCounts()
 {
     if (m_countsTask)
@@ -117,6 +129,7 @@ void AppState::refreshCounts()
         [this](SidebarCounts::Counts counts) {
             if (m_startup.hasScanned())
                 counts.insert(Destination::loginItems, int(m_startup.items().size()));
+            counts.insert(Destination::duplicates, int(m_vault.entries().size()));
             m_counts.setCounts(std::move(counts));
             m_countsTask.reset();
             Q_EMIT countsRefreshed();

@@ -5,6 +5,7 @@
 #include "app/PermissionCenter.h"
 #include "app/SidebarCounts.h"
 #include "apps/AppInventory.h"
+#include "duplicates/DuplicateVaultController.h"
 #include "helper/HelperManager.h"
 #include "helper/HelperRefresh.h"
 #include "helper/HelperTrash.h"
@@ -54,7 +55,8 @@ public:
     StartupItems& startup() { return m_startup; }
     // The dashboard's Smart Scan, kept here so that a scan survives the page being rebuilt.
     SmartScanSession& smartScan() { return m_smartScan; }
-    // The duplicates vault follows `counts`.
+    // The duplicates vault follows `counts`; its start-up routine loads the list.
+    DuplicateVaultController& vault() { return m_vault; }
     FullDiskAccess& fullDisk() { return m_fullDisk; }
     PermissionCenter& permissions() { return m_permissions; }
     // The mount manager (given the agent registrar and whether the helper is ready) and the sync manager
@@ -85,6 +87,8 @@ Q_SIGNALS:
     void countsRefreshed();
 
 private:
+    void countVault();
+
     AuditLog m_audit;
     AppInventory m_inventory;
     SystemdHelperService m_helperService;
@@ -97,6 +101,7 @@ private:
     SidebarCounts m_counts;
     StartupItems m_startup;
     SmartScanSession m_smartScan;
+    DuplicateVaultController m_vault;
     FullDiskAccess m_fullDisk;
     QSettings m_defaults; // the permission checklist keeps its ledger here
     PermissionCenter m_permissions;

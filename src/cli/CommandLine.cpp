@@ -28,10 +28,14 @@ const Command commands[] = {
         runAppsCommand},
     {"activity", "activity [--json]", "Lists the activity log, newest first, and the space cleaned so far.",
         runActivityCommand},
-    {"duplicates", "duplicates [ROOT…] [--min-size N] [--json]",
+    {"duplicates", "duplicates [ROOT…] [--min-size N] [--move-ticked] [--json]",
         "Finds files with identical content (your own folders by default) and lists each set with the copy to "
-        "keep.",
+        "keep; with --move-ticked moves exactly the ticked copies into the duplicates vault.",
         runDuplicatesCommand},
+    {"vault", "vault list|verify|restore ID…|restore-all|empty [--yes] [--json]",
+        "Lists the copies held in the duplicates vault, checks them against the copies that were kept, puts "
+        "them back, or moves the vault to the Trash.",
+        runVaultCommand},
     {"usage", "usage [PATH] [--depth N] [--largest N] [--json]",
         "Measures a folder (the current one by default) and lists its biggest folders with sizes and shares, or "
         "with --largest N its N largest files.",

@@ -28,6 +28,7 @@ int runProcessesCommand(CommandContext& context);
 int runQuitCommand(CommandContext& context);
 int runPriorityCommand(CommandContext& context);
 int runMemoryCommand(CommandContext& context);
+int runVaultCommand(CommandContext& context);
 
 // A command's options are its arguments before the first "--"; after it every argument is a name or a path,
 // even one that begins with a dash (so "velloru trash -- -file" means the file "-file").

@@ -1,11 +1,15 @@
 #include "cli/Commands.h"
+#include "cli/VaultOutput.h"
 
 #include "common/ByteCount.h"
 #include "common/JsonText.h"
+#include "common/StoragePaths.h"
 #include "duplicates/DuplicateRules.h"
 #include "duplicates/DuplicateScan.h"
 #include "duplicates/DuplicateTexts.h"
 #include "platform/Terminal.h"
+#include "removal/AuditLog.h"
+#include "removal/Trasher.h"
 
 #include <QEventLoop>
 #include <QFileInfo>
@@ -16,6 +20,7 @@ struct DuplicatesRequest {
     QStringList roots;
     std::uint64_t minimumSize = 4096;
     bool json = false;
+    bool moveTicked = false;
 };
 
 // The request, or a sentence saying what is wrong with the command line.
@@ -23,6 +28,7 @@ std::variant<DuplicatesRequest, QString> parseArguments(QStringList arguments)
 {
     DuplicatesRequest request;
     request.json = takeFlag(arguments, QStringLiteral("--json"));
+    request.moveTicked = takeFlag(arguments, QStringLiteral("--move-ticked"));
     if (const std::optional<QString> value = takeValue(arguments, QStringLiteral("--min-size"))) {
         bool ok = false;
         request.minimumSize = value->toULongLong(&ok);
@@ -31,7 +37,7 @@ std::variant<DuplicatesRequest, QString> parseArguments(QStringList arguments)
     }
     const Operands left = operands(arguments);
     if (left.unknownOption)
-        return QStringLiteral("unknown option “%1” — the options are --min-size N and --json.")
+        return QStringLiteral("unknown option “%1” — the options are --min-size N, --move-ticked and --json.")
             .arg(*left.unknownOption);
     for (const QString& root : left.names) {
         if (!QFileInfo(root).isDir())
@@ -195,6 +201,26 @@ void printJson(const DuplicateScan& scan, QTextStream& out)
     device.write(text);
 }
 
+// Moves exactly the copies the scan ticked into the vault and prints what happened to each.
+int moveTicked(const DuplicateScan& scan, bool json, CommandContext& context)
+{
+    if (!json)
+        printSets(scan, context.out);
+    AuditLog log(StoragePaths::dataFolder());
+    const Trasher trasher;
+    DuplicateVaultController vault(StoragePaths::dataFolder(), log, trasher);
+    vault.load();
+    runVaultOperation(vault, [&] { return vault.moveTicked(scan.groups()); });
+    const VaultMoveResult result = vault.lastMove().value_or(VaultMoveResult{});
+    if (json) {
+        context.out << QString::fromUtf8(moveResultJson(result)) << '\n';
+    } else {
+        context.out << '\n';
+        printMoveResult(result, context.out);
+    }
+    return vaultExitStatus(!result.failed.isEmpty() || result.abortedBecause, vault, log, context.err);
+}
+
 } // namespace
 
 int runDuplicatesCommand(CommandContext& context)
@@ -227,6 +253,8 @@ int runDuplicatesCommand(CommandContext& context)
         context.err << "\r\033[K";
     context.err.flush();
 
+    if (request.moveTicked)
+        return moveTicked(scan, request.json, context);
     if (request.json)
         printJson(scan, context.out);
     else

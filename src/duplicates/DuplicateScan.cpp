@@ -11,8 +11,10 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <memory>
 
 struct DuplicateScan::Outcome {
@@ -102,6 +104,50 @@ void DuplicateScan::start()
 void DuplicateScan::cancel()
 {
     m_task.request_stop();
+}
+
+bool DuplicateScan::setTicked(const QUuid& groupID, const QUuid& memberID, bool ticked)
+{
+    for (DuplicateGroup& group : m_groups) {
+        if (group.id != groupID)
+            continue;
+        const auto member = std::find_if(group.members.cbegin(), group.members.cend(),
+            [&memberID](const DuplicateFile& file) { return file.id == memberID; });
+        if (member == group.members.cend() || member->id == group.keeperID || DuplicateRules::blockReason(*member))
+            return false;
+        group.selected.removeAll(memberID);
+        if (ticked) {
+            // Ticks stay in member order.
+            QList<QUuid> selected;
+            for (const DuplicateFile& file : group.members)
+                if (file.id == memberID || group.selected.contains(file.id))
+                    selected.append(file.id);
+            group.selected = selected;
+        }
+        return true;
+    }
+    return false;
+}
+
+void DuplicateScan::startMove()
+{
+    setPhase(Phase::moving);
+}
+
+void DuplicateScan::finishMove(const VaultMoveResult& result)
+{
+    QSet<QString> moved;
+    for (const VaultEntry& entry : result.moved)
+        moved.insert(entry.originalPath);
+    for (DuplicateGroup& group : m_groups) {
+        for (const DuplicateFile& member : group.members)
+            if (moved.contains(member.path))
+                group.selected.removeAll(member.id);
+        group.members.removeIf([&moved](const DuplicateFile& member) { return moved.contains(member.path); });
+    }
+    m_groups.removeIf([](const DuplicateGroup& group) { return group.members.size() < 2; });
+    m_lastMove = result;
+    setPhase(Phase::done);
 }
 
 void DuplicateScan::collectOutcome()

@@ -5,6 +5,7 @@
 #include "duplicates/InventoryStats.h"
 #include "duplicates/ScanTelemetry.h"
 #include "duplicates/TelemetryBox.h"
+#include "duplicates/VaultResults.h"
 
 #include <QList>
 #include <QObject>
@@ -15,6 +16,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 // Owns one duplicate scan: runs the inventory and the engine on a worker thread, publishes live telemetry
@@ -24,7 +26,7 @@ class DuplicateScan : public QObject {
     Q_OBJECT
 
 public:
-    enum class Phase { idle, scanning, results, moving, done };
+    enum class Phase { idle, scanning, results, moving, done }; // done carries the last move: lastMove()
 
     explicit DuplicateScan(QObject* parent = nullptr);
     ~DuplicateScan() override;
@@ -51,6 +53,15 @@ public:
     // Stops the running scan; it ends without results and the phase goes back to idle.
     void cancel();
 
+    // The user ticks or unticks a copy. The keeper and blocked copies never take a tick: false for those.
+    bool setTicked(const QUuid& groupID, const QUuid& memberID, bool ticked);
+    // The ticked copies are on their way to the vault.
+    void startMove();
+    // The move ended: the copies it moved leave their sets, a set left with one file goes, and the phase is
+    // done with the move's outcome.
+    void finishMove(const VaultMoveResult& result);
+    const std::optional<VaultMoveResult>& lastMove() const { return m_lastMove; }
+
 Q_SIGNALS:
     void phaseChanged(DuplicateScan::Phase phase);
     void telemetryChanged();
@@ -76,6 +87,7 @@ private:
     EngineStats m_engineStats;
     QStringList m_roots;
     std::uint64_t m_minimumSize = 4096;
+    std::optional<VaultMoveResult> m_lastMove;
     QTimer m_ticker;
     TelemetryBox m_box;
     std::mutex m_outcomeLock; // guards m_outcome: set once by the scan's thread, taken on the main thread

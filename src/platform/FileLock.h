@@ -13,6 +13,9 @@ public:
     // Waits for the lock on `path`, creating the file when missing. Nothing when the file cannot be opened
     // (errno says why).
     static std::optional<FileLock> acquire(const QString& path, Mode mode);
+    // Takes the lock only when no one else holds it; nothing otherwise (errno EWOULDBLOCK) or when the file
+    // cannot be opened.
+    static std::optional<FileLock> tryAcquire(const QString& path, Mode mode);
 
     FileLock(FileLock&& other) noexcept;
     FileLock& operator=(FileLock&&) = delete;

@@ -12,6 +12,7 @@ inline const QString movedToTrash = QStringLiteral("Moved to Trash");
 inline const QString failed = QStringLiteral("Failed");
 inline const QString recovered = QStringLiteral("Recovered");
 inline const QString restoredFromVault = QStringLiteral("Restored from vault");
+inline const QString movedToVault = QStringLiteral("Moved to vault");
 // An item that failed, or an action whose outcome reads "Failed: " and the reason.
 inline bool isFailure(const QString& outcome)
 {

@@ -251,13 +251,14 @@ void AuditLog::record(const TrashRecorder& batch)
     Q_EMIT changed();
 }
 
-void AuditLog::recordMoves(const QString& feature, const QList<MovedItem>& items)
+void AuditLog::recordMoves(const QString& feature, const QList<MovedItem>& items, const QString& outcome)
 {
     if (items.isEmpty())
         return;
     for (const MovedItem& item : items) {
-        AuditEntry entry = makeEntry(feature, item.path, item.size, AuditOutcome::movedToTrash);
-        entry.trashPath = item.trashPath;
+        AuditEntry entry = makeEntry(feature, item.path, item.size, outcome);
+        if (!item.trashPath.isEmpty())
+            entry.trashPath = item.trashPath;
         m_unsaved.append(entry);
     }
     fold();

@@ -49,7 +49,9 @@ public:
 
     // Records a batch that a Trash mover wrote to the journal as it went.
     void record(const TrashRecorder& batch);
-    void recordMoves(const QString& feature, const QList<MovedItem>& items);
+    // `outcome` names where the items went: the Trash unless said otherwise.
+    void recordMoves(
+        const QString& feature, const QList<MovedItem>& items, const QString& outcome = AuditOutcome::movedToTrash);
     // Each failed item's size is measured now; the reason goes to the diagnostic log.
     void recordFailures(const QString& feature, const QList<FailedItem>& items);
     void markRecovered(const QList<QUuid>& entryIds);

@@ -16,6 +16,7 @@
 #include "ui/WelcomeStep.h"
 #include "ui/startup/LoginItemsPage.h"
 #include "ui/memory/MemoryUsagePage.h"
+#include "ui/duplicates/DuplicatesPage.h"
 #include "ui/usage/UsagePage.h"
 
 #include <QCloseEvent>
@@ -120,6 +121,7 @@ QWidget* MainWindow::makePage(Destination destination)
     case Destination::memoryUsage: return new MemoryUsagePage(m_state, m_defaults, m_detail);
     case Destination::maintenance: return new MaintenancePage(m_state, m_detail);
     case Destination::loginItems: return new LoginItemsPage(m_state, m_detail);
+    case Destination::duplicates: return new DuplicatesPage(m_state.vault(), m_detail);
     case Destination::auditLog: return new ActivityPage(m_state.audit(), m_state.trashWatcher(), m_detail);
     default: return new PlaceholderPage(destination, m_detail);
     }

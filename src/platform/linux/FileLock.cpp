@@ -8,20 +8,37 @@
 #include <unistd.h>
 #include <utility>
 
-std::optional<FileLock> FileLock::acquire(const QString& path, Mode mode)
+namespace {
+
+// The lock file's descriptor with the lock held, or -1 (errno says why).
+int lockedDescriptor(const QString& path, int operation)
 {
     const int fd = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (fd < 0)
-        return std::nullopt;
-    while (::flock(fd, mode == Mode::shared ? LOCK_SH : LOCK_EX) != 0) {
+        return -1;
+    while (::flock(fd, operation) != 0) {
         if (errno != EINTR) {
             const int error = errno;
             ::close(fd);
             errno = error;
-            return std::nullopt;
+            return -1;
         }
     }
-    return FileLock(fd);
+    return fd;
+}
+
+} // namespace
+
+std::optional<FileLock> FileLock::acquire(const QString& path, Mode mode)
+{
+    const int fd = lockedDescriptor(path, mode == Mode::shared ? LOCK_SH : LOCK_EX);
+    return fd < 0 ? std::nullopt : std::optional(FileLock(fd));
+}
+
+std::optional<FileLock> FileLock::tryAcquire(const QString& path, Mode mode)
+{
+    const int fd = lockedDescriptor(path, (mode == Mode::shared ? LOCK_SH : LOCK_EX) | LOCK_NB);
+    return fd < 0 ? std::nullopt : std::optional(FileLock(fd));
 }
 
 FileLock::FileLock(FileLock&& other) noexcept

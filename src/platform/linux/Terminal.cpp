@@ -6,3 +6,8 @@ bool standardErrorIsTerminal()
 {
     return ::isatty(STDERR_FILENO) == 1;
 }
+
+bool standardInputIsTerminal()
+{
+    return ::isatty(STDIN_FILENO) == 1;
+}
